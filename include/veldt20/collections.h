@@ -1,0 +1,3 @@
+#pragma once
+
+#include <veldt20/export.h>

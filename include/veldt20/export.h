@@ -1,0 +1,15 @@
+// VELDT20_API marks what the module exports. A program that links the static library defines
+// VELDT20_STATIC (the CMake target does it); the library's own build defines VELDT20_BUILD.
+#pragma once
+
+#if defined(VELDT20_STATIC)
+#define VELDT20_API
+#elif defined(_WIN32)
+#if defined(VELDT20_BUILD)
+#define VELDT20_API __declspec(dllexport)
+#else
+#define VELDT20_API __declspec(dllimport)
+#endif
+#else
+#define VELDT20_API __attribute__((visibility("default")))
+#endif

@@ -1,0 +1,202 @@
+// Everything that the library asks of the operating system, under the operating system's own
+// names and with its values. On Windows these are the system's own; elsewhere this file says what
+// the layer in posix/ keeps of each, which is just what the library relies on.
+#pragma once
+
+#if defined(_WIN32)
+#include "platform/windows/system.h"
+#else
+
+#include <veldt20/host.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace veldt::platform {
+
+using BOOL = int;
+using BYTE = unsigned char;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using LONG = std::int32_t;
+using UINT = unsigned int;
+using SIZE_T = std::size_t;
+using HANDLE = void*;
+using HGLOBAL = void*;
+using HINSTANCE = HINSTANCE__*;
+using BSTR = unsigned short*;
+
+// Address space (address_space.cpp) ------------------------------------------------------------
+
+inline constexpr DWORD MEM_COMMIT = 0x1000;
+inline constexpr DWORD MEM_RESERVE = 0x2000;
+inline constexpr DWORD MEM_DECOMMIT = 0x4000;
+inline constexpr DWORD MEM_RELEASE = 0x8000;
+inline constexpr DWORD PAGE_NOACCESS = 0x01;
+inline constexpr DWORD PAGE_READWRITE = 0x04;
+
+struct MEMORY_BASIC_INFORMATION {
+    void* BaseAddress;
+    SIZE_T RegionSize;  ///< bytes committed from BaseAddress on, without a gap
+};
+
+/// With MEM_RESERVE and no address: `size` bytes, a multiple of 64 KB, on a 64 KB boundary. With
+/// MEM_COMMIT and an address inside a reservation: makes those bytes, in 4096-byte steps,
+/// readable and writable; fresh ones are not promised to be zero. Null on failure, also for a
+/// range that leaves the reservation.
+void* VirtualAlloc(void* address, SIZE_T size, DWORD type, DWORD protection);
+
+/// MEM_DECOMMIT takes the memory of the range and keeps the reservation; MEM_RELEASE, with the base
+/// and size 0, gives the whole reservation back. 0 on failure.
+BOOL VirtualFree(void* address, SIZE_T size, DWORD type);
+
+/// Asked for the base of a reservation only. Gives the bytes written to `info`, 0 on failure.
+SIZE_T VirtualQuery(const void* address, MEMORY_BASIC_INFORMATION* info, SIZE_T length);
+
+// Locks and threads (locks.h, locks.cpp) -------------------------------------------------------
+
+/// A lock that its holder may enter again. Nobody else's wanting it costs a few nanoseconds.
+struct CRITICAL_SECTION {
+    std::uint32_t owner;  ///< the holder's thread number, 0 when free; the word waited on
+    std::uint32_t waiters;
+    std::uint32_t depth;  ///< entries of the holder
+    std::uint32_t reserved[3];
+};
+static_assert(sizeof(CRITICAL_SECTION) == 24);
+
+void InitializeCriticalSection(CRITICAL_SECTION* section);
+void EnterCriticalSection(CRITICAL_SECTION* section);
+void LeaveCriticalSection(CRITICAL_SECTION* section);
+void DeleteCriticalSection(CRITICAL_SECTION* section);
+
+DWORD GetCurrentThreadId();
+
+// Pointer tests (pointer_tests.cpp) ------------------------------------------------------------
+
+/// Non-zero if any of the bytes can't be written. Never faults.
+BOOL IsBadWritePtr(void* pointer, SIZE_T size);
+/// Non-zero if nothing can be called there; any other value may be called as far as can be told.
+BOOL IsBadCodePtr(int (*procedure)());
+
+// Messages (message_box.cpp) -------------------------------------------------------------------
+
+inline constexpr UINT MB_OKCANCEL = 0x1;
+inline constexpr UINT MB_ABORTRETRYIGNORE = 0x2;
+inline constexpr UINT MB_ICONHAND = 0x10;
+inline constexpr UINT MB_DEFBUTTON2 = 0x100;
+inline constexpr UINT MB_SYSTEMMODAL = 0x1000;
+inline constexpr UINT MB_TASKMODAL = 0x2000;
+inline constexpr int IDOK = 1;
+inline constexpr int IDCANCEL = 2;
+inline constexpr int IDABORT = 3;
+inline constexpr int IDRETRY = 4;
+inline constexpr int IDIGNORE = 5;
+
+BOOL MessageBeep(UINT type);
+/// What the host's message box answers; 0, no box shown, where the host installed none.
+int MessageBoxA(void* owner, const char* text, const char* caption, UINT style);
+
+// Global memory (global_memory.cpp) ------------------------------------------------------------
+
+inline constexpr UINT GMEM_FIXED = 0x0;
+inline constexpr UINT GMEM_MOVEABLE = 0x2;
+inline constexpr UINT GMEM_ZEROINIT = 0x40;
+inline constexpr UINT GMEM_SHARE = 0x2000;
+
+/// Moveable blocks only: an opaque name with a lock count. Every call takes constant time, and
+/// refuses a stale, null or invented name without a fault.
+HGLOBAL GlobalAlloc(UINT flags, SIZE_T size);
+HGLOBAL GlobalReAlloc(HGLOBAL block, SIZE_T size, UINT flags);
+void* GlobalLock(HGLOBAL block);
+BOOL GlobalUnlock(HGLOBAL block);
+/// Null on success, the name itself on failure.
+HGLOBAL GlobalFree(HGLOBAL block);
+SIZE_T GlobalSize(HGLOBAL block);
+
+// Text (text.cpp, string_resources.cpp, system_strings.cpp) ------------------------------------
+
+inline constexpr UINT CP_ACP = 0;
+
+/// Code page 0, flags 0. A length of -1 reads through the terminator; a null output asks for the
+/// length only. 0 on failure.
+int WideCharToMultiByte(UINT codePage, DWORD flags, const unsigned short* source, int sourceLength,
+                        char* target, int targetSize, const char* defaultChar, BOOL* usedDefault);
+int MultiByteToWideChar(UINT codePage, DWORD flags, const char* source, int sourceLength,
+                        unsigned short* target, int targetSize);
+BOOL IsDBCSLeadByte(BYTE byte);
+
+/// Copies at most size - 1 characters and a zero byte; the characters copied, 0 for no such resource.
+int LoadStringA(HINSTANCE module, UINT id, char* buffer, int size);
+
+/// 16-bit text with its byte length in the four bytes before it and a terminator behind it.
+/// `source` may be null: then the characters stay unset. Null when memory runs out.
+BSTR SysAllocStringLen(const unsigned short* source, UINT length);
+void SysFreeString(BSTR string);
+
+// Files (files.cpp, paths.cpp, errors.cpp) -----------------------------------------------------
+
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
+inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
+inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
+inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
+inline constexpr DWORD GENERIC_READ = 0x80000000;
+inline constexpr DWORD GENERIC_WRITE = 0x40000000;
+inline constexpr DWORD FILE_SHARE_READ = 0x1;
+inline constexpr DWORD FILE_SHARE_WRITE = 0x2;
+inline constexpr DWORD CREATE_NEW = 1;
+inline constexpr DWORD CREATE_ALWAYS = 2;
+inline constexpr DWORD OPEN_EXISTING = 3;
+inline constexpr DWORD OPEN_ALWAYS = 4;
+inline constexpr DWORD TRUNCATE_EXISTING = 5;
+inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
+inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+inline constexpr DWORD FILE_BEGIN = 0;
+inline constexpr DWORD FILE_CURRENT = 1;
+inline constexpr DWORD FILE_END = 2;
+inline constexpr std::size_t MAX_PATH = 260;
+
+struct FILETIME {
+    DWORD dwLowDateTime;
+    DWORD dwHighDateTime;
+};
+
+struct WIN32_FIND_DATAA {
+    DWORD dwFileAttributes;
+    FILETIME ftCreationTime;
+    FILETIME ftLastAccessTime;
+    FILETIME ftLastWriteTime;
+    DWORD nFileSizeHigh;
+    DWORD nFileSizeLow;
+    DWORD dwReserved0;
+    DWORD dwReserved1;
+    char cFileName[MAX_PATH];
+    char cAlternateFileName[14];
+};
+
+/// Paths are in the system's form, with backslashes; a drive letter is where the host mounted it.
+/// A failure leaves the system's error number for GetLastError, a success leaves 0.
+HANDLE CreateFileA(const char* path, DWORD access, DWORD share, void* security, DWORD disposition,
+                   DWORD attributes, HANDLE pattern);
+BOOL CloseHandle(HANDLE file);
+/// Short only at the end of the file.
+BOOL ReadFile(HANDLE file, void* buffer, DWORD count, DWORD* done, void* overlapped);
+/// Short only on a full disk, which is an error too.
+BOOL WriteFile(HANDLE file, const void* buffer, DWORD count, DWORD* done, void* overlapped);
+DWORD SetFilePointer(HANDLE file, LONG distanceLow, LONG* distanceHigh, DWORD method);
+DWORD GetFileSize(HANDLE file, DWORD* high);
+BOOL SetEndOfFile(HANDLE file);
+BOOL DeleteFileA(const char* path);
+BOOL CreateDirectoryA(const char* path, void* security);
+DWORD GetFileAttributesA(const char* path);
+HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* data);
+BOOL FindClose(HANDLE search);
+
+// The last error (errors.cpp), one a thread ----------------------------------------------------
+
+DWORD GetLastError();
+void SetLastError(DWORD error);
+
+}  // namespace veldt::platform
+
+#endif

@@ -1,0 +1,71 @@
+// The operating system's own calls, brought into the namespace that the library takes them from.
+#pragma once
+
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+// <oleauto.h> wants parts of <windows.h> that the lean one leaves out.
+#include <objbase.h>
+#include <oleauto.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace veldt::platform {
+
+using ::BOOL;
+using ::BSTR;
+using ::BYTE;
+using ::CRITICAL_SECTION;
+using ::DWORD;
+using ::FILETIME;
+using ::HANDLE;
+using ::HGLOBAL;
+using ::HINSTANCE;
+using ::LONG;
+using ::MEMORY_BASIC_INFORMATION;
+using ::SIZE_T;
+using ::UINT;
+using ::WIN32_FIND_DATAA;
+using ::WORD;
+
+using ::CloseHandle;
+using ::CreateDirectoryA;
+using ::CreateFileA;
+using ::DeleteCriticalSection;
+using ::DeleteFileA;
+using ::EnterCriticalSection;
+using ::FindClose;
+using ::FindFirstFileA;
+using ::GetCurrentThreadId;
+using ::GetFileAttributesA;
+using ::GetFileSize;
+using ::GetLastError;
+using ::GlobalAlloc;
+using ::GlobalFree;
+using ::GlobalLock;
+using ::GlobalReAlloc;
+using ::GlobalSize;
+using ::GlobalUnlock;
+using ::InitializeCriticalSection;
+using ::IsBadCodePtr;
+using ::IsBadWritePtr;
+using ::IsDBCSLeadByte;
+using ::LeaveCriticalSection;
+using ::LoadStringA;
+using ::MessageBeep;
+using ::MessageBoxA;
+using ::MultiByteToWideChar;
+using ::ReadFile;
+using ::SetEndOfFile;
+using ::SetFilePointer;
+using ::SetLastError;
+using ::SysAllocStringLen;
+using ::SysFreeString;
+using ::VirtualAlloc;
+using ::VirtualFree;
+using ::VirtualQuery;
+using ::WideCharToMultiByte;
+using ::WriteFile;
+
+}  // namespace veldt::platform

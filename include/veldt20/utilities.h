@@ -1,3 +1,4 @@
+// Small things that objects are built on, and the byte order of what goes in and out.
 #pragma once
 
-#include <veldt20/export.h>
+#include <veldt20/object_utilities.h>

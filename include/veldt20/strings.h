@@ -1,3 +1,5 @@
+// Text in its three forms: the reference-counted XCString, the fixed-capacity XStr<N>, and plain
+// length-prefixed byte arrays, with the conversions between them and to numbers.
 #pragma once
 
-#include <veldt20/export.h>
+#include <veldt20/strings_xcstring.h>

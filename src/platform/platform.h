@@ -24,7 +24,8 @@ using SIZE_T = std::size_t;
 using HANDLE = void*;
 using HGLOBAL = void*;
 using HINSTANCE = HINSTANCE__*;
-using BSTR = unsigned short*;
+using WCHAR = unsigned short;
+using BSTR = WCHAR*;
 
 // Address space (address_space.cpp) ------------------------------------------------------------
 
@@ -119,10 +120,10 @@ inline constexpr UINT CP_ACP = 0;
 
 /// Code page 0, flags 0. A length of -1 reads through the terminator; a null output asks for the
 /// length only. 0 on failure.
-int WideCharToMultiByte(UINT codePage, DWORD flags, const unsigned short* source, int sourceLength,
+int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* source, int sourceLength,
                         char* target, int targetSize, const char* defaultChar, BOOL* usedDefault);
 int MultiByteToWideChar(UINT codePage, DWORD flags, const char* source, int sourceLength,
-                        unsigned short* target, int targetSize);
+                        WCHAR* target, int targetSize);
 BOOL IsDBCSLeadByte(BYTE byte);
 
 /// Copies at most size - 1 characters and a zero byte; the characters copied, 0 for no such resource.
@@ -130,7 +131,7 @@ int LoadStringA(HINSTANCE module, UINT id, char* buffer, int size);
 
 /// 16-bit text with its byte length in the four bytes before it and a terminator behind it.
 /// `source` may be null: then the characters stay unset. Null when memory runs out.
-BSTR SysAllocStringLen(const unsigned short* source, UINT length);
+BSTR SysAllocStringLen(const WCHAR* source, UINT length);
 void SysFreeString(BSTR string);
 
 // Files (files.cpp, paths.cpp, errors.cpp) -----------------------------------------------------

@@ -26,6 +26,7 @@ using ::LONG;
 using ::MEMORY_BASIC_INFORMATION;
 using ::SIZE_T;
 using ::UINT;
+using ::WCHAR;
 using ::WIN32_FIND_DATAA;
 using ::WORD;
 

@@ -2,4 +2,5 @@
 // length-prefixed byte arrays, with the conversions between them and to numbers.
 #pragma once
 
+#include <veldt20/strings_pascal.h>
 #include <veldt20/strings_xcstring.h>

@@ -1,0 +1,51 @@
+// Length-prefixed strings: searching and comparing.
+#include <veldt20/strings_pascal.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "strings/mismatch.h"
+
+unsigned char XPascalStrPos(const unsigned char* pattern, const unsigned char* text) {
+    const std::size_t length = pattern[0];
+    if (length == 0 || length > text[0]) return 0;
+    // `end` is behind the last place where the pattern's first byte can stand.
+    const unsigned char* end = text + 1 + (text[0] - length) + 1;
+    for (const unsigned char* p = text + 1; p < end; ++p) {
+        p = static_cast<const unsigned char*>(
+            std::memchr(p, pattern[1], static_cast<std::size_t>(end - p)));
+        if (p == nullptr) return 0;
+        if (p[length - 1] == pattern[length] && std::memcmp(p, pattern + 1, length) == 0) {
+            return static_cast<unsigned char>(p - text);
+        }
+    }
+    return 0;
+}
+
+const unsigned char* XPascalStrRScan(const unsigned char* text, unsigned char c) {
+    for (const unsigned char* p = text + text[0]; p > text; --p) {
+        if (*p == c) return p;
+    }
+    return nullptr;
+}
+
+int XPascalStrCmp(const unsigned char* a, const unsigned char* b) {
+    return XCompareBytes(a + 1, b + 1, a[0], b[0]);
+}
+
+int XPascalStrCmp(const char* a, const unsigned char* b) {
+    const int length = static_cast<int>(std::strlen(a));
+    return XCompareBytes(reinterpret_cast<const unsigned char*>(a), b + 1, length, b[0]);
+}
+
+int XPascalStrCmp(const unsigned char* a, const char* b) {
+    return -XPascalStrCmp(b, a);
+}
+
+int XCompareBytes(const unsigned char* a, const unsigned char* b, int lengthA, int lengthB) {
+    const auto shorter = static_cast<std::size_t>(std::min(lengthA, lengthB));
+    const std::size_t i = veldt::strings::Mismatch(reinterpret_cast<const char*>(a),
+                                                   reinterpret_cast<const char*>(b), shorter);
+    return i < shorter ? a[i] - b[i] : lengthA - lengthB;
+}

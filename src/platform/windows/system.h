@@ -2,7 +2,10 @@
 #pragma once
 
 #define WIN32_LEAN_AND_MEAN
+// The compiler's standard headers may have said so already.
+#if !defined(NOMINMAX)
 #define NOMINMAX
+#endif
 #include <windows.h>
 // <oleauto.h> wants parts of <windows.h> that the lean one leaves out.
 #include <objbase.h>

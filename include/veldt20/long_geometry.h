@@ -1,0 +1,60 @@
+// Points and rectangles of 32-bit coordinates.
+#pragma once
+
+#include <veldt20/export.h>
+#include <veldt20/native_geometry.h>
+
+#include <cstdint>
+
+/// A point of 32-bit whole coordinates. Take XFixPoint where fractions count.
+class VELDT20_API XLongPoint {
+  public:
+    std::int32_t y;
+    std::int32_t x;
+
+    /// Leaves the coordinates unset.
+    XLongPoint() = default;
+    XLongPoint(std::int32_t horizontal, std::int32_t vertical);
+    XLongPoint(const XNPoint& point);
+};
+
+/// A rectangle of 32-bit whole coordinates.
+class VELDT20_API XLongRect {
+  public:
+    std::int32_t top;
+    std::int32_t left;
+    std::int32_t bottom;
+    std::int32_t right;
+
+    /// Leaves the coordinates unset.
+    XLongRect() = default;
+    XLongRect(std::int32_t topEdge, std::int32_t leftEdge, std::int32_t bottomEdge,
+              std::int32_t rightEdge);
+    XLongRect(const XNRect& rect);
+    void Set(std::int32_t topEdge, std::int32_t leftEdge, std::int32_t bottomEdge,
+             std::int32_t rightEdge);
+
+    XLongPoint TopLeft() const;
+    XLongPoint BotRight() const;
+    /// The low 16 bits of each coordinate.
+    void ToNativeRect(XNRect& rect) const;
+
+    /// Moves both corners.
+    XLongRect& operator+=(const XLongPoint& distance);
+    XLongRect& operator-=(const XLongPoint& distance);
+    /// The part that both cover, or all zero where they neither overlap nor touch. Rectangles that
+    /// touch leave their common edge, valid and empty.
+    XLongRect& operator&=(const XLongRect& other);
+    /// Intersects in place. Gives 1 with the low 16 bits of the part in `common`; 0 if there is
+    /// none, and then this rectangle is all zero and `common` as it was.
+    int SectRect(const XLongRect& other, XNRect& common);
+
+    /// 1 without area, else 0.
+    int IsEmpty() const;
+    /// 1 unless an edge lies on the wrong side of the opposite one, else 0.
+    int IsValid() const;
+};
+
+/// 1 where all four coordinates are equal, else 0; != the other way round.
+VELDT20_API int operator==(const XLongRect& a, const XLongRect& b);
+VELDT20_API int operator!=(const XLongRect& a, const XLongRect& b);

@@ -1,0 +1,57 @@
+// Points and rectangles of 16-bit coordinates.
+#pragma once
+
+#include <veldt20/export.h>
+#include <veldt20/native_geometry.h>
+
+#include <cstdint>
+
+/// A point of whole coordinates from -32768 to 32767, in the native record's form. Take XLongPoint
+/// where sums may leave that range.
+struct VELDT20_API XPoint {
+    std::int16_t y;
+    std::int16_t x;
+
+    /// Leaves the coordinates unset.
+    XPoint() = default;
+    XPoint(std::int16_t horizontal, std::int16_t vertical);
+    XPoint(const XNPoint& point);
+    /// Keeps the low 16 bits of each coordinate.
+    XPoint(tagPOINT point);
+};
+
+/// A rectangle of such coordinates, in the native record's form.
+struct VELDT20_API XRect {
+    std::int16_t top;
+    std::int16_t left;
+    std::int16_t bottom;
+    std::int16_t right;
+
+    /// Leaves the coordinates unset.
+    XRect() = default;
+    XRect(std::int16_t topEdge, std::int16_t leftEdge, std::int16_t bottomEdge,
+          std::int16_t rightEdge);
+    XRect(const XNRect& rect);
+    /// Keeps the low 16 bits of each coordinate.
+    XRect(const tagRECT& rect);
+    void Set(std::int16_t topEdge, std::int16_t leftEdge, std::int16_t bottomEdge,
+             std::int16_t rightEdge);
+
+    XPoint TopLeft() const;
+    XPoint BotRight() const;
+
+    /// Moves both corners.
+    XRect& operator+=(const XPoint& distance);
+    XRect& operator-=(const XPoint& distance);
+    /// The part that both cover, or all zero where they neither overlap nor touch. Rectangles that
+    /// touch leave their common edge, valid and empty.
+    XRect& operator&=(const XRect& other);
+    /// Intersects in place. Gives 1 with the part in `common` too; 0 if there is none, and then
+    /// this rectangle is all zero and `common` as it was.
+    int SectRect(const XRect& other, XNRect& common);
+
+    /// 1 without area, else 0.
+    int IsEmpty() const;
+    /// 1 unless an edge lies on the wrong side of the opposite one, else 0.
+    int IsValid() const;
+};

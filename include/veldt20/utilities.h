@@ -1,4 +1,5 @@
 // Small things that objects are built on, and the byte order of what goes in and out.
 #pragma once
 
+#include <veldt20/byte_order.h>
 #include <veldt20/object_utilities.h>

@@ -4,3 +4,4 @@
 
 #include <veldt20/strings_pascal.h>
 #include <veldt20/strings_xcstring.h>
+#include <veldt20/strings_xstring.h>

@@ -26,6 +26,7 @@ using HGLOBAL = void*;
 using HINSTANCE = HINSTANCE__*;
 using WCHAR = unsigned short;
 using BSTR = WCHAR*;
+using FARPROC = int (*)();
 
 // Address space (address_space.cpp) ------------------------------------------------------------
 
@@ -77,7 +78,7 @@ DWORD GetCurrentThreadId();
 /// Non-zero if any of the bytes can't be written. Never faults.
 BOOL IsBadWritePtr(void* pointer, SIZE_T size);
 /// Non-zero if nothing can be called there; any other value may be called as far as can be told.
-BOOL IsBadCodePtr(int (*procedure)());
+BOOL IsBadCodePtr(FARPROC procedure);
 
 // Messages (message_box.cpp) -------------------------------------------------------------------
 

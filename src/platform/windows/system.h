@@ -21,6 +21,7 @@ using ::BSTR;
 using ::BYTE;
 using ::CRITICAL_SECTION;
 using ::DWORD;
+using ::FARPROC;
 using ::FILETIME;
 using ::HANDLE;
 using ::HGLOBAL;

@@ -1,0 +1,57 @@
+#include "heap/address_map.h"
+
+#include "platform/platform.h"
+
+namespace veldt::heap {
+
+using namespace platform;
+
+namespace {
+
+/// A 32-bit machine has one zone, which stands in the module's own zeroed data.
+AddressZone* NewZone() {
+    if constexpr (kZones == 1) {
+        static constinit AddressZone whole{};
+        return &whole;
+    } else {
+        constexpr SIZE_T size = RoundUp<SIZE_T>(sizeof(AddressZone), kRegionUnit);
+        void* memory = VirtualAlloc(nullptr, size, MEM_RESERVE, PAGE_NOACCESS);
+        if (memory != nullptr && VirtualAlloc(memory, size, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
+            VirtualFree(memory, 0, MEM_RELEASE);
+            return nullptr;
+        }
+        if (memory != nullptr) {
+            std::memset(memory, 0, sizeof(AddressZone::marks));
+        }
+        return static_cast<AddressZone*>(memory);
+    }
+}
+
+void DropZone(AddressZone* zone) {
+    if constexpr (kZones > 1) {
+        VirtualFree(zone, 0, MEM_RELEASE);
+    }
+}
+
+}  // namespace
+
+constinit std::atomic<AddressZone*> addressZones[kZones]{};
+
+bool AddressMapCover(const void* base) {
+    const auto address = reinterpret_cast<std::uintptr_t>(base);
+    if (ZoneOf(address) != nullptr) {
+        return true;
+    }
+    const std::uintptr_t number = address >> (16 + AddressZone::kUnitBits - 1) >> 1;
+    AddressZone* made = number < kZones ? NewZone() : nullptr;
+    if (made == nullptr) {
+        return false;
+    }
+    AddressZone* expected = nullptr;
+    if (!addressZones[number].compare_exchange_strong(expected, made) && expected != made) {
+        DropZone(made);
+    }
+    return true;
+}
+
+}  // namespace veldt::heap

@@ -1,0 +1,104 @@
+// What stands in each 64 KB unit of the address space, as far as the heap is concerned: the base
+// of a page, of a slot region or of a pool, or nothing. One byte a unit, found in constant time, lets
+// every operation refuse a wild pointer before it reads through it. Beside the byte stands the
+// unit's node in the ring index.
+#pragma once
+
+#include <atomic>
+
+#include "heap/granule.h"
+
+namespace veldt::heap {
+
+struct PageLink;
+
+/// Number of a 64 KB unit: its address divided by 65536. Unit 0 is never ours and means none.
+using Unit = std::conditional_t<sizeof(void*) == 8, std::uint32_t, std::uint16_t>;
+
+/// What a page, or all the pages below a node of the ring index together, have to offer.
+struct Offer {
+    std::uint16_t hint;          ///< largest free block, as the links tell it
+    std::uint16_t unpinnedHint;  ///< the same plus 1 over pages without a pinned block; else 0
+    std::uint16_t unslid;        ///< 1 if sliding may still gain something
+};
+
+/// A page's place in the ring index (ring_index.h).
+struct RingNode {
+    PageLink* link;
+    Unit parent;
+    Unit left;
+    Unit right;
+    Offer bound;
+};
+static_assert(Figure(sizeof(RingNode), 16));
+
+/// The state of a unit: what it is in the upper bits, and how many commit steps from its base
+/// belong to it, 1 to 16, in the lower ones.
+enum UnitMark : std::uint8_t {
+    kMarkNothing = 0,
+    kMarkSteps = 0x1F,
+    kMarkPage = 0x20,
+    kMarkSlots = 0x40,
+    kMarkPool = 0x80,
+};
+
+/// The part of the map that one stretch of the address space needs, touched as it is used.
+struct AddressZone {
+    static constexpr std::uint32_t kUnitBits = sizeof(void*) == 8 ? 20 : 16;
+    static constexpr std::uint32_t kUnits = 1U << kUnitBits;
+
+    std::uint8_t marks[kUnits];
+    RingNode nodes[kUnits];
+};
+
+/// 47 bits of address on a 64-bit machine, all 32 on a 32-bit one.
+inline constexpr std::uint32_t kZones = sizeof(void*) == 8 ? 1U << (47 - 16 - 20) : 1;
+extern constinit std::atomic<AddressZone*> addressZones[kZones];
+
+/// Sees to it that the map has room for the units of [base, base + 65536). False: out of memory.
+bool AddressMapCover(const void* base);
+
+inline AddressZone* ZoneOf(std::uintptr_t address) {
+    const std::uintptr_t zone = address >> (16 + AddressZone::kUnitBits - 1) >> 1;
+    return zone < kZones ? addressZones[zone].load(std::memory_order_acquire) : nullptr;
+}
+
+inline std::uint8_t& MarkIn(AddressZone& zone, std::uintptr_t address) {
+    return zone.marks[(address >> 16) & (AddressZone::kUnits - 1)];
+}
+
+/// Any address at all. Marks are read by other threads than the one that sets them.
+inline unsigned MarkAt(const void* pointer) {
+    const auto address = reinterpret_cast<std::uintptr_t>(pointer);
+    AddressZone* zone = ZoneOf(address);
+    if (zone == nullptr) {
+        return kMarkNothing;
+    }
+    return std::atomic_ref(MarkIn(*zone, address)).load(std::memory_order_relaxed);
+}
+
+/// `base` is covered.
+inline void SetMark(const void* base, unsigned mark) {
+    const auto address = reinterpret_cast<std::uintptr_t>(base);
+    std::atomic_ref(MarkIn(*ZoneOf(address), address))
+        .store(static_cast<std::uint8_t>(mark), std::memory_order_relaxed);
+}
+
+/// The mark of a region of `committed` bytes, of which the first unit counts.
+constexpr unsigned MarkOf(UnitMark what, std::uint32_t committed) {
+    const std::uint32_t steps = committed / kCommitStep;
+    return what | (steps < kRegionUnit / kCommitStep ? steps : kRegionUnit / kCommitStep);
+}
+
+inline Unit UnitOf(const void* base) {
+    return static_cast<Unit>(reinterpret_cast<std::uintptr_t>(base) >> 16);
+}
+
+inline RingNode& NodeOf(Unit unit) {
+    const std::uint32_t number = unit;
+    return addressZones[number >> AddressZone::kUnitBits]
+        .load(std::memory_order_relaxed)
+        ->nodes[number & (AddressZone::kUnits - 1)];
+}
+
+}  // namespace veldt::heap

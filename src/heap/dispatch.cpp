@@ -1,0 +1,190 @@
+// Sends each request to one of the three block disciplines: by its size, or by the kind of the page
+// that the block stands in.
+#include <algorithm>
+
+#include "heap/errors.h"
+#include "heap/fixed_blocks.h"
+#include "heap/large_blocks.h"
+#include "heap/locks.h"
+#include "heap/pools.h"
+#include "heap/regions.h"
+#include "heap/variable_blocks.h"
+
+namespace veldt::heap {
+
+namespace {
+
+/// The page of a block in use, or null. Beyond the page this tells a variable-size block that is
+/// free already, and most addresses inside a block.
+HeapPage* PageOfBlock(char* block) {
+    HeapPage* page = LivePage(block);
+    if (page == nullptr) {
+        return nullptr;
+    }
+    bool isBlock = false;
+    switch (KindOf(page)) {
+        case kKindFixed:
+            isBlock = block < page->carveEnd;
+            break;
+        case kKindLarge:
+            isBlock = OffsetInUnit(block) == kPageHeader;
+            break;
+        default:
+            isBlock = OffsetInUnit(block) % kGranule == 0 && block > FirstBlock(page) &&
+                      block < page->sentinel && InUse(HeaderOfData(block));
+    }
+    return isBlock ? page : nullptr;
+}
+
+/// The same for a block that no handle owns.
+HeapPage* PageOfPointer(char* block) {
+    HeapPage* page = PageOfBlock(block);
+    if (page == nullptr) {
+        return nullptr;
+    }
+    switch (KindOf(page)) {
+        case kKindFixed:
+            return page;
+        case kKindLarge:
+            return page->ownerSlot == nullptr ? page : nullptr;
+        default:
+            return (HeaderOf(HeaderOfData(block)) & kBlockRelocatable) == 0 ? page : nullptr;
+    }
+}
+
+void ZeroFrom(char* block, std::uint32_t from, std::uint32_t to) {
+    if (from < to) {
+        std::memset(block + from, 0, to - from);
+    }
+}
+
+std::uint32_t BlockSizeIn(HeapPage* page, char* block) {
+    switch (KindOf(page)) {
+        case kKindFixed:
+            return page->pool->fixedSize;
+        case kKindLarge:
+            return RegionSize(page) - kPageHeader;
+        default:
+            return DataSize(HeaderOfData(block));
+    }
+}
+
+/// PoolResizeCore for pages of variable-size blocks.
+std::uint16_t ResizeVariable(HeapPool* pool, char* data, std::uint32_t size, std::uint32_t flags) {
+    char* block = HeaderOfData(data);
+    const auto usable = static_cast<std::uint16_t>(DataSize(block));
+    if ((size > usable && size > pool->largeThreshold) || VariableResizeInPlace(block, size) == 0) {
+        return usable;
+    }
+    if ((flags & AllocZero) != 0) {
+        ZeroFrom(data, std::min<std::uint32_t>(size, usable), UsedSize(block) - kHeaderSize);
+    }
+    return 0;
+}
+
+/// PoolResizeCore for large blocks.
+std::uint16_t ResizeLarge(HeapPage* page, char** result, std::uint32_t size, std::uint32_t flags) {
+    if (result != nullptr && size <= page->pool->largeThreshold) {
+        return static_cast<std::uint16_t>(std::min(size, RegionSize(page) - kPageHeader));
+    }
+    const int done = LargeResize(page, result, size, flags);
+    return done == 0 && result == nullptr ? 1 : 0;
+}
+
+}  // namespace
+
+char* PoolAlloc(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
+    if (!IsLivePool(pool)) {
+        HeapErrorDispatch(nullptr, MEM_BAD_MEM_POOL);
+        return nullptr;
+    }
+    const PoolHold hold(pool);
+    flags &= ~std::uint32_t{AllocRelocatable};
+    if (size > pool->fixedSize) {
+        return size > pool->largeThreshold ? LargeAlloc(pool, flags, size)
+                                           : VariableAlloc(pool, flags, size);
+    }
+    if (size == 0) {
+        HeapErrorDispatch(pool, MEM_ALLOC_ZERO);
+        return nullptr;
+    }
+    char* block = FixedAlloc(pool);
+    if (block != nullptr && (flags & AllocZero) != 0) {
+        std::memset(block, 0, pool->fixedSize);
+    }
+    return block;
+}
+
+int PoolFree(char* block) {
+    HeapPage* page = PageOfPointer(block);
+    if (page == nullptr) {
+        HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
+        return 0;
+    }
+    const PoolHold hold(page->pool);
+    page->freeBlock(block);
+    return 1;
+}
+
+std::uint32_t PoolBlockSize(char* block) {
+    HeapPage* page = PageOfBlock(block);
+    if (page == nullptr) {
+        HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
+        return kNoSize;
+    }
+    return BlockSizeIn(page, block);
+}
+
+std::uint16_t PoolResizeCore(char** result, char* block, std::uint32_t size, std::uint32_t flags) {
+    HeapPage* page = PageBase(block);
+    HeapPool* pool = page->pool;
+    if (size == 0) {
+        HeapErrorDispatch(pool, MEM_ALLOC_ZERO);
+        if (result == nullptr) {
+            return 1;
+        }
+        *result = nullptr;
+        return 0;
+    }
+    switch (KindOf(page)) {
+        case kKindFixed:
+            return size <= pool->fixedSize ? 0 : static_cast<std::uint16_t>(pool->fixedSize);
+        case kKindLarge:
+            return ResizeLarge(page, result, size, flags);
+        default:
+            return ResizeVariable(pool, block, size, flags);
+    }
+}
+
+char* PoolResize(char* block, std::uint32_t size, std::uint32_t flags) {
+    HeapPage* page = PageOfPointer(block);
+    if (page == nullptr) {
+        HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
+        return nullptr;
+    }
+    HeapPool* pool = page->pool;
+    const bool mayMove = (flags & ResizeNoMove) == 0;
+    char* result = block;
+    std::uint16_t toCopy = 0;
+    {
+        const PoolHold hold(pool);
+        toCopy = PoolResizeCore(mayMove ? &result : nullptr, block, size, flags);
+    }
+    if (toCopy == 0) {
+        return result;
+    }
+    if (!mayMove) {
+        if (size != 0) {
+            HeapErrorDispatch(pool, MEM_RESIZE_FAILED);
+        }
+        return nullptr;
+    }
+    char* moved = PoolAlloc(pool, size, flags);
+    if (moved != nullptr) {
+        std::memcpy(moved, block, toCopy);
+        PoolFree(block);
+    }
+    return moved;
+}
+
+}  // namespace veldt::heap

@@ -1,0 +1,133 @@
+#include "heap/fixed_blocks.h"
+
+#include "heap/errors.h"
+#include "heap/pages.h"
+#include "heap/regions.h"
+#include "heap/ring_index.h"
+
+namespace veldt::heap {
+
+namespace {
+
+/// The first free block of the page, or null after noting that there is none.
+char* TakeFirst(PageLink* link) {
+    HeapPage* page = link->page;
+    char* block = page->freeChain;
+    if (block == nullptr) {
+        link->freeHint = 0;
+        return nullptr;
+    }
+    page->freeChain = Load<char*>(block);
+    ++page->blockCount;
+    return block;
+}
+
+/// The block that the walk of the ring from its head gives, or null.
+char* TakeFromRing(HeapPool* pool) {
+    PageLink*& head = pool->pageLists[kKindFixed];
+    if (head == nullptr) {
+        return nullptr;
+    }
+    const auto mayHaveFree = [](const Offer& offer) { return offer.hint != 0; };
+    PageLink* link = head->freeHint != 0 ? head : RingFirstBehind(head, mayHaveFree);
+    for (; link != nullptr; link = RingFirstBehind(link, mayHaveFree)) {
+        if (char* block = TakeFirst(link); block != nullptr) {
+            head = link;
+            return block;
+        }
+    }
+    return nullptr;
+}
+
+/// A page of the pool's size or, where the system has no room for that, of a smaller one.
+HeapPage* AcquireFixedPage(HeapPool* pool) {
+    std::uint32_t size = pool->pageSize;
+    HeapPage* page = PageAcquire(pool, kKindFixed, size, 0);
+    while (page == nullptr) {
+        if (std::uint64_t{pool->footprint} + size > pool->ceiling) {
+            return nullptr;
+        }
+        size /= 2;
+        if (size < pool->fixedSize + kPageHeader) {
+            size *= 2;
+            if (HeapErrorDispatch(pool, MEM_OUT_OF_MEMORY) == 0) {
+                return nullptr;
+            }
+        }
+        page = PageAcquire(pool, kKindFixed, size, 0);
+    }
+    return page;
+}
+
+}  // namespace
+
+std::uint16_t FixedPageInit(HeapPool* pool, HeapPage* page, std::uint32_t pageSize) {
+    page->freeChain = nullptr;
+    page->carveEnd = reinterpret_cast<char*>(page) + kPageHeader;
+    page->freeBlock = FixedFree;
+    FixedPageCarve(page, pool->fixedSize, pageSize);
+    return 1;
+}
+
+void FixedPageCarve(HeapPage* page, std::uint32_t blockSize, std::uint32_t pageSize) {
+    char* start = page->carveEnd;
+    const std::uint32_t room = pageSize - OffsetInUnit(start);
+    char* end = start + room / blockSize * blockSize;
+    page->freeChain = start;
+    page->carveEnd = end;
+    char* block = start;
+    for (char* next = block + blockSize; next != end; next += blockSize) {
+        Store(block, next);
+        block = next;
+    }
+    Store<char*>(block, nullptr);
+}
+
+char* FixedAlloc(HeapPool* pool) {
+    if (char* block = TakeFromRing(pool); block != nullptr) {
+        return block;
+    }
+    HeapPage* page = AcquireFixedPage(pool);
+    return page != nullptr ? TakeFirst(page->link) : nullptr;
+}
+
+void FixedFree(char* block) {
+    HeapPage* page = PageBase(block);
+    char* chain = page->freeChain;
+    Store(block, chain);
+    page->freeChain = block;
+    if (chain == nullptr) {
+        SetFreeHint(page->link, 1);
+    }
+    if (--page->blockCount == 0) {
+        PageRelease(page, 1);
+    }
+}
+
+HeapFault FixedPageFault(const HeapPage* page) {
+    const std::uint32_t blockSize = page->pool->fixedSize;
+    const char* first = reinterpret_cast<const char*>(page) + kPageHeader;
+    const std::uint32_t blocks = FixedBlockCount(RegionSize(page), blockSize);
+    if (page->carveEnd != first + std::size_t{blocks} * blockSize) {
+        return {"carved area does not fill the page", page};
+    }
+    std::uint32_t freeBlocks = 0;
+    for (const char* block = page->freeChain; block != nullptr; block = Load<char*>(block)) {
+        if (block < first || block >= page->carveEnd ||
+            static_cast<std::size_t>(block - first) % blockSize != 0) {
+            return {"free chain leaves the blocks of the page", block};
+        }
+        if (++freeBlocks > blocks) {
+            return {"free chain runs in a circle", block};
+        }
+    }
+    if (page->blockCount + freeBlocks != blocks) {
+        return {"free blocks and blockCount do not add up", page};
+    }
+    if (freeBlocks != 0 && page->link->freeHint != 1) {
+        return {"freeHint hides a free block", page};
+    }
+    return {};
+}
+
+}  // namespace veldt::heap

@@ -1,0 +1,42 @@
+// The units that every record of the heap is measured in, and access to records that stand between
+// the caller's bytes, wherever those happen to be aligned.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace veldt::heap {
+
+inline constexpr std::uint32_t kPointer = sizeof(void*);
+/// Block sizes are multiples of this, and block data is aligned to it.
+inline constexpr std::uint32_t kGranule = kPointer;
+/// Memory is committed in steps of this many bytes.
+inline constexpr std::uint32_t kCommitStep = 4096;
+/// Address space comes in units of this many bytes, aligned to as many.
+inline constexpr std::uint32_t kRegionUnit = 65536;
+
+/// True where a documented figure for 4-byte pointers holds, or pointers are wider.
+consteval bool Figure(std::size_t value, std::size_t with4BytePointers) {
+    return kPointer != 4 || value == with4BytePointers;
+}
+
+/// `step` is a power of two.
+template <class T>
+constexpr T RoundUp(T value, T step) {
+    return (value + step - 1) & ~(step - 1);
+}
+
+template <class T>
+T Load(const void* address) {
+    T value;
+    std::memcpy(&value, address, sizeof value);
+    return value;
+}
+
+template <class T>
+void Store(void* address, T value) {
+    std::memcpy(address, &value, sizeof value);
+}
+
+}  // namespace veldt::heap

@@ -1,0 +1,94 @@
+#include "heap/large_blocks.h"
+
+#include "heap/errors.h"
+#include "heap/pages.h"
+#include "heap/pools.h"
+#include "heap/regions.h"
+
+namespace veldt::heap {
+
+namespace {
+
+constexpr std::uint32_t kLargest = UINT32_MAX - kPageHeader;
+
+char* BlockOf(HeapPage* page) { return reinterpret_cast<char*>(page) + kPageHeader; }
+
+/// Moves the region of a page whose link stays. While it moves, no wild pointer finds the page.
+HeapPage* RelocatePage(HeapPage* page, std::uint32_t total, std::uint32_t regionFlags) {
+    HeapPool* pool = page->pool;
+    const std::uint32_t oldSize = RegionSize(page);
+    SetMark(page, kMarkNothing);
+    char* moved = RegionRelocate(reinterpret_cast<char*>(page), total, regionFlags);
+    while (moved == nullptr) {
+        SetMark(page, MarkOf(kMarkPage, oldSize));
+        if (HeapErrorDispatch(pool, MEM_OUT_OF_MEMORY) == 0) {
+            return nullptr;
+        }
+        SetMark(page, kMarkNothing);
+        moved = RegionRelocate(reinterpret_cast<char*>(page), total, regionFlags);
+    }
+    return reinterpret_cast<HeapPage*>(moved);
+}
+
+}  // namespace
+
+std::uint16_t LargePageInit(HeapPage* page, std::uint32_t flags) {
+    page->blockCount = 1;
+    page->freeBlock = LargeFree;
+    page->large.relocState = static_cast<std::uint8_t>(flags & AllocRelocatable);
+    page->ownerSlot = nullptr;
+    return 0;
+}
+
+char* LargeAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
+    if (size > kLargest) {
+        return nullptr;
+    }
+    const std::uint32_t total = size + kPageHeader;
+    const std::uint64_t rounded = RoundUp<std::uint64_t>(total, kCommitStep);
+    HeapPage* page = PageAcquire(pool, kKindLarge, total, flags);
+    while (page == nullptr) {
+        const std::uint32_t givenBack = PoolCompactLocked(pool);
+        if (pool->footprint + rounded > pool->ceiling) {
+            return nullptr;
+        }
+        if (givenBack == 0 && HeapErrorDispatch(pool, MEM_OUT_OF_MEMORY) == 0) {
+            return nullptr;
+        }
+        page = PageAcquire(pool, kKindLarge, total, flags);
+    }
+    return BlockOf(page);
+}
+
+void LargeFree(char* block) { PageRelease(PageBase(block), 0); }
+
+int LargeResize(HeapPage* page, char** result, std::uint32_t size, std::uint32_t flags) {
+    if (size > kLargest) {
+        return 0;
+    }
+    HeapPool* pool = page->pool;
+    const std::uint32_t oldSize = RegionSize(page);
+    const std::uint32_t total = size + kPageHeader;
+    const std::uint32_t regionFlags =
+        pool->flags | RegionLarge | ((flags & AllocZero) != 0 ? RegionZero : 0U);
+    if (result == nullptr) {
+        if (RegionResize(reinterpret_cast<char*>(page), total, regionFlags) == 0) {
+            return 0;
+        }
+    } else {
+        PageLink* link = page->link;
+        page = RelocatePage(page, total, regionFlags);
+        if (page == nullptr) {
+            *result = nullptr;
+            return 0;
+        }
+        link->page = page;
+        *result = BlockOf(page);
+    }
+    const std::uint32_t newSize = RegionSize(page);
+    SetMark(page, MarkOf(kMarkPage, newSize));
+    pool->footprint += newSize - oldSize;
+    return 1;
+}
+
+}  // namespace veldt::heap

@@ -1,0 +1,333 @@
+#include "heap/relocatable_blocks.h"
+
+#include "heap/compaction.h"
+#include "heap/errors.h"
+#include "heap/large_blocks.h"
+#include "heap/locks.h"
+#include "heap/pools.h"
+#include "heap/regions.h"
+#include "heap/ring_index.h"
+#include "heap/variable_blocks.h"
+
+namespace veldt::heap {
+
+namespace {
+
+/// True if `slot`, any pointer at all, stands in a slot table.
+bool IsSlot(const HandleSlot* slot) {
+    const unsigned mark = MarkAt(slot);
+    const std::uint32_t offset = OffsetInUnit(slot);
+    return (mark & kMarkSlots) != 0 && offset >= kPointer &&
+           (offset - kPointer) % sizeof(HandleSlot) == 0 &&
+           offset + sizeof(HandleSlot) <= (mark & kMarkSteps) * kCommitStep;
+}
+
+/// The page of a handle's block, or null. The caller holds HandleLock.
+HeapPage* PageOfHandle(const HandleSlot* slot) {
+    HeapPage* page = IsSlot(slot) ? LivePage(slot->block) : nullptr;
+    if (page == nullptr) {
+        return nullptr;
+    }
+    if (KindOf(page) == kKindLarge) {
+        return page->ownerSlot != nullptr ? page : nullptr;
+    }
+    constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
+    return (HeaderOf(HeaderOfData(slot->block)) & kOwned) == kOwned ? page : nullptr;
+}
+
+/// The pool of a handle; null, with error 13 raised, for what is none.
+HeapPool* ValidatedPool(const HandleSlot* slot) {
+    {
+        const HandleHold hold;
+        if (const HeapPage* page = PageOfHandle(slot); page != nullptr) {
+            return page->pool;
+        }
+    }
+    HeapErrorDispatch(nullptr, MEM_BAD_HANDLE);
+    return nullptr;
+}
+
+bool InMoveablePlace(const HeapPage* page) {
+    return KindOf(page) == kKindRelocatable ||
+           (KindOf(page) == kKindLarge && page->large.relocState == AllocRelocatable);
+}
+
+/// Makes a new block the slot's: by its trailer, or by the owner of its page.
+void Own(char* data, HandleSlot* slot) {
+    HeapPage* page = PageBase(data);
+    if (KindOf(page) == kKindLarge) {
+        page->ownerSlot = slot;
+        return;
+    }
+    char* block = HeaderOfData(data);
+    SetBits(block, kBlockRelocatable);
+    SetSlot(block, slot);
+}
+
+/// Makes a block nobody's, so that it can be freed.
+void Disown(char* data) {
+    HeapPage* page = PageBase(data);
+    if (KindOf(page) == kKindLarge) {
+        page->ownerSlot = nullptr;
+    } else {
+        ClearBits(HeaderOfData(data), kBlockRelocatable);
+    }
+}
+
+/// Counts a change between pinned and not pinned on the page's link.
+void CountPin(HeapPage* page, bool pinned) {
+    PageLink* link = page->link;
+    if (pinned) {
+        ++link->linkFlags;
+        return;
+    }
+    --link->linkFlags;
+    if ((link->linkFlags & kPinnedMask) == 0 && KindOf(page) != kKindLarge) {
+        RingIndexRaise(link);
+    }
+}
+
+/// The pin that the slot's present block is on the page that it stands in, if any.
+void CountPinOf(const HandleSlot* slot, bool pinned) {
+    HeapPage* page = PageBase(slot->block);
+    if (slot->lockCount != 0 && InMoveablePlace(page)) {
+        CountPin(page, pinned);
+    }
+}
+
+/// Moves the slot's bytes to `fresh`, a block that is large enough, and frees the old block. Its
+/// address is read here, since getting the fresh one may have moved it.
+void MoveTo(HandleSlot* slot, char* fresh, std::uint32_t bytes) {
+    char* old = slot->block;
+    std::memcpy(fresh, old, bytes);
+    Own(fresh, slot);
+    CountPinOf(slot, false);
+    {
+        const HandleHold hold;
+        Disown(old);
+        slot->block = fresh;
+    }
+    CountPinOf(slot, true);
+    PageBase(old)->freeBlock(old);
+}
+
+/// Moves a variable-size block into a new one of at least its size. False if none can be had.
+bool MoveWhole(HeapPool* pool, HandleSlot* slot, std::uint32_t flags) {
+    const std::uint32_t size = UsedSize(HeaderOfData(slot->block)) - kHeaderSize;
+    char* fresh = RelocBlockAlloc(pool, flags, size);
+    if (fresh == nullptr) {
+        return false;
+    }
+    MoveTo(slot, fresh, size - kTrailerSize);
+    return true;
+}
+
+/// Hands a handle's block over to `size` bytes elsewhere, in a place of the same family.
+HandleSlot* ResizeByMoving(HeapPool* pool, HandleSlot* slot, std::uint32_t request,
+                           std::uint32_t flags, std::uint32_t bytes) {
+    flags &= ~std::uint32_t{AllocRelocatable};
+    if (InMoveablePlace(PageBase(slot->block))) {
+        flags |= AllocRelocatable;
+    }
+    char* fresh = RelocBlockAlloc(pool, flags, request);
+    if (fresh == nullptr) {
+        return nullptr;
+    }
+    MoveTo(slot, fresh, bytes);
+    return slot;
+}
+
+}  // namespace
+
+char* RelocBlockAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
+    return size > pool->largeThreshold ? LargeAlloc(pool, flags, size)
+                                       : VariableAlloc(pool, flags, size);
+}
+
+HandleSlot* RelocAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
+    if (!IsLivePool(pool)) {
+        HeapErrorDispatch(nullptr, MEM_BAD_MEM_POOL);
+        return nullptr;
+    }
+    if (size == 0) {
+        HeapErrorDispatch(pool, MEM_ALLOC_ZERO);
+        return nullptr;
+    }
+    const PoolHold hold(pool);
+    pool->compactPool = CompactMoveablePages;
+    pool->compactPage = SlidePage;
+    if (size > UINT32_MAX - kTrailerSize) {
+        return nullptr;
+    }
+    HandleSlot* slot = SlotChainPop(pool);
+    if (slot == nullptr) {
+        return nullptr;
+    }
+    char* block = RelocBlockAlloc(pool, flags, size + kTrailerSize);
+    if (block == nullptr) {
+        SlotChainPush(pool, slot);
+        return nullptr;
+    }
+    slot->block = block;
+    slot->lockCount = (flags & AllocRelocatable) != 0 ? 0 : 1;
+    Own(block, slot);
+    return slot;
+}
+
+int RelocFree(HandleSlot* slot) {
+    HeapPool* pool = ValidatedPool(slot);
+    if (pool == nullptr) {
+        return 0;
+    }
+    const PoolHold hold(pool);
+    char* block = slot->block;
+    CountPinOf(slot, false);
+    Disown(block);
+    PageBase(block)->freeBlock(block);
+    SlotChainPush(pool, slot);
+    return 1;
+}
+
+HandleSlot* RelocResize(HandleSlot* slot, std::uint32_t size, std::uint32_t flags) {
+    HeapPool* pool = ValidatedPool(slot);
+    if (pool == nullptr) {
+        return nullptr;
+    }
+    if (size == 0) {
+        HeapErrorDispatch(pool, MEM_ALLOC_ZERO);
+        return nullptr;
+    }
+    if (size > UINT32_MAX - kTrailerSize) {
+        return nullptr;
+    }
+    const PoolHold hold(pool);
+    const std::uint32_t request = size + kTrailerSize;
+    const bool mayMove = (flags & ResizeNoMove) == 0 &&
+                         ((flags & AllocRelocatable) != 0 || slot->lockCount == 0);
+    char* result = slot->block;
+    const std::uint32_t bytes =
+        PoolResizeCore(mayMove ? &result : nullptr, slot->block, request, flags);
+    if (bytes != 0) {
+        if (mayMove) {
+            return ResizeByMoving(pool, slot, request, flags, bytes);
+        }
+        HeapErrorDispatch(pool, MEM_RESIZE_FAILED);
+        return nullptr;
+    }
+    if (result == nullptr) {
+        return nullptr;
+    }
+    if (KindOf(PageBase(result)) == kKindLarge) {
+        const HandleHold swap;
+        slot->block = result;
+    } else {
+        SetSlot(HeaderOfData(slot->block), slot);
+    }
+    return slot;
+}
+
+char* RelocLock(HandleSlot* slot) {
+    HeapPool* pool = ValidatedPool(slot);
+    if (pool == nullptr) {
+        return nullptr;
+    }
+    const PoolHold hold(pool);
+    HeapPage* page = PageBase(slot->block);
+    if (!InMoveablePlace(page) || slot->lockCount == kMostLocks) {
+        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
+        return nullptr;
+    }
+    if (slot->lockCount++ == 0) {
+        CountPin(page, true);
+    }
+    return slot->block;
+}
+
+std::uint32_t RelocUnlock(HandleSlot* slot) {
+    HeapPool* pool = ValidatedPool(slot);
+    if (pool == nullptr) {
+        return kNoCount;
+    }
+    const PoolHold hold(pool);
+    HeapPage* page = PageBase(slot->block);
+    if (!InMoveablePlace(page) || slot->lockCount == 0) {
+        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
+        return kNoCount;
+    }
+    if (--slot->lockCount == 0) {
+        CountPin(page, false);
+    }
+    return slot->lockCount;
+}
+
+char* RelocFix(HandleSlot* slot) {
+    HeapPool* pool = ValidatedPool(slot);
+    if (pool == nullptr) {
+        return nullptr;
+    }
+    const PoolHold hold(pool);
+    HeapPage* page = PageBase(slot->block);
+    if ((InMoveablePlace(page) && slot->lockCount != 0) || slot->lockCount == kMostLocks) {
+        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
+        return nullptr;
+    }
+    if (KindOf(page) == kKindLarge) {
+        page->large.relocState = 0;
+    } else if (KindOf(page) == kKindRelocatable && !MoveWhole(pool, slot, 0)) {
+        return nullptr;
+    }
+    ++slot->lockCount;
+    return slot->block;
+}
+
+std::uint32_t RelocUnfix(HandleSlot* slot) {
+    HeapPool* pool = ValidatedPool(slot);
+    if (pool == nullptr) {
+        return kNoCount;
+    }
+    const PoolHold hold(pool);
+    HeapPage* page = PageBase(slot->block);
+    if (InMoveablePlace(page) || slot->lockCount == 0) {
+        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
+        return kNoCount;
+    }
+    if (--slot->lockCount > 0) {
+        return slot->lockCount;
+    }
+    if (KindOf(page) == kKindLarge) {
+        page->large.relocState = AllocRelocatable;
+    } else if (!MoveWhole(pool, slot, AllocRelocatable)) {
+        slot->lockCount = 1;
+        return kNoCount;
+    }
+    return 0;
+}
+
+RelocState RelocStateOf(HandleSlot* slot) {
+    {
+        const HandleHold hold;
+        if (const HeapPage* page = PageOfHandle(slot); page != nullptr) {
+            return {.lockCount = slot->lockCount, .moveable = InMoveablePlace(page)};
+        }
+    }
+    HeapErrorDispatch(nullptr, MEM_BAD_HANDLE);
+    return {.lockCount = kNoCount, .moveable = false};
+}
+
+std::uint32_t RelocLockCount(HandleSlot* slot) { return RelocStateOf(slot).lockCount; }
+
+int RelocIsMoveable(HandleSlot* slot) { return RelocStateOf(slot).moveable ? 1 : 0; }
+
+std::uint32_t RelocSize(HandleSlot* slot) {
+    {
+        const HandleHold hold;
+        if (const HeapPage* page = PageOfHandle(slot); page != nullptr) {
+            return KindOf(page) == kKindLarge ? RegionSize(page) - kPageHeader
+                                              : DataSize(HeaderOfData(slot->block));
+        }
+    }
+    HeapErrorDispatch(nullptr, MEM_BAD_HANDLE);
+    return kNoSize;
+}
+
+}  // namespace veldt::heap

@@ -46,6 +46,6 @@ VELDT20_API int XHostMountDrive(char letter, const char* directory);
 VELDT20_API void XHostSetMessageBox(int (*show)(const char* text, const char* caption,
                                                 unsigned int style));
 
-/// Registers the string resource `id` of `module` (null is a module of its own). The text is copied.
-/// Null takes the resource away. Gives 1, or 0 if memory ran out, and then nothing changes.
+/// Registers the string resource `id` of `module` (null is a module of its own). The text is
+/// copied. Null takes the resource away. Gives 1, or 0 if memory ran out, and then nothing changes.
 VELDT20_API int XHostSetString(HINSTANCE__* module, unsigned int id, const char* text);

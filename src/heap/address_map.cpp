@@ -16,7 +16,8 @@ AddressZone* NewZone() {
     } else {
         constexpr SIZE_T size = RoundUp<SIZE_T>(sizeof(AddressZone), kRegionUnit);
         void* memory = VirtualAlloc(nullptr, size, MEM_RESERVE, PAGE_NOACCESS);
-        if (memory != nullptr && VirtualAlloc(memory, size, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
+        if (memory != nullptr &&
+            VirtualAlloc(memory, size, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
             VirtualFree(memory, 0, MEM_RELEASE);
             return nullptr;
         }

@@ -1,6 +1,6 @@
 // What stands in each 64 KB unit of the address space, as far as the heap is concerned: the base
-// of a page, of a slot region or of a pool, or nothing. One byte a unit, found in constant time, lets
-// every operation refuse a wild pointer before it reads through it. Beside the byte stands the
+// of a page, of a slot region or of a pool, or nothing. One byte a unit, found in constant time,
+// lets every operation refuse a wild pointer before it reads through it. Beside the byte stands the
 // unit's node in the ring index.
 #pragma once
 

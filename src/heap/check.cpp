@@ -142,8 +142,8 @@ HeapFault LinksFault(HeapPool* pool, Tally& tally) {
         ++tally.links;
     }
     if (tally.links != 0) {
-        carved += static_cast<std::uint32_t>((own - offsetof(HeapPool, firstLink)) /
-                                             sizeof(PageLink));
+        carved +=
+            static_cast<std::uint32_t>((own - offsetof(HeapPool, firstLink)) / sizeof(PageLink));
     }
     return tally.links == carved ? HeapFault{} : HeapFault{"a link is lost", pool};
 }
@@ -219,6 +219,8 @@ HeapFault PoolFault(HeapPool* pool) {
                                               : HeapFault{"footprint does not add up", pool};
 }
 
-int PoolCheck(HeapPool* pool) { return PoolFault(pool) ? 0 : 1; }
+int PoolCheck(HeapPool* pool) {
+    return PoolFault(pool) ? 0 : 1;
+}
 
 }  // namespace veldt::heap

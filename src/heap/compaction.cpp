@@ -12,7 +12,9 @@ namespace veldt::heap {
 namespace {
 
 /// Of a block in use in a moveable page, or of the sentinel, which counts as one that stays.
-bool MayMove(char* block) { return UsedSize(block) != 0 && SlotOf(block)->lockCount == 0; }
+bool MayMove(char* block) {
+    return UsedSize(block) != 0 && SlotOf(block)->lockCount == 0;
+}
 
 /// Slides the pages that may gain from it, in ring order, until one has room for `need`. Gives the
 /// first link in ring order that has, or null.
@@ -52,8 +54,8 @@ PageLink* BestToEmpty(PageLink* head) {
     const RingNode& top = RingIndexTop(head);
     while (top.bound.unpinnedHint != 0) {
         const std::uint16_t most = top.bound.unpinnedHint;
-        PageLink* link = RingFirstFrom(
-            head, [most](const Offer& offer) { return offer.unpinnedHint >= most; });
+        PageLink* link =
+            RingFirstFrom(head, [most](const Offer& offer) { return offer.unpinnedHint >= most; });
         if (link != nullptr) {
             return link;
         }

@@ -1,6 +1,6 @@
-// Makes larger free blocks in the moveable pages (kind 2) of a pool: by sliding unlocked blocks down
-// inside a page, and by moving blocks out of a page into others. Locked blocks stay. Every move
-// ends with the block's slot naming the new address. The caller holds the pool lock.
+// Makes larger free blocks in the moveable pages (kind 2) of a pool: by sliding unlocked blocks
+// down inside a page, and by moving blocks out of a page into others. Locked blocks stay. Every
+// move ends with the block's slot naming the new address. The caller holds the pool lock.
 #pragma once
 
 #include "heap/records.h"

@@ -49,7 +49,7 @@ extern constinit HeapRegistry heapRegistry;
 
 /// The handler's verdict, 0 where no handler runs. `pool` may be null or dead.
 std::int32_t HeapErrorDispatch(HeapPool* pool, std::int32_t error);
-/// Null silences all errors. The previous handler; null, and no change, if this one can't be called.
+/// Null silences all errors. The previous handler; null, and no change, for what can't be called.
 HeapErrorHandler PoolSetErrorHandler(HeapErrorHandler handler);
 
 /// Shows the error's text in a box, with a retry for error 2 alone.

@@ -8,8 +8,8 @@ namespace veldt::heap {
 
 namespace {
 
-/// One walk along a page that gathers runs: stretches of free blocks and of blocks moved away. A run
-/// becomes a proper free block when it is closed; until then only its start, if that was a free
+/// One walk along a page that gathers runs: stretches of free blocks and of blocks moved away. A
+/// run becomes a proper free block when it is closed; until then only its start, if that was a free
 /// block, is in the ring.
 class Evacuation {
   public:
@@ -40,7 +40,9 @@ class Evacuation {
     bool slidable_ = false;     ///< an unlocked block stands between two free ones
 };
 
-bool CanMove(char* block) { return SlotOf(block)->lockCount == 0; }
+bool CanMove(char* block) {
+    return SlotOf(block)->lockCount == 0;
+}
 
 /// Into another moveable page, without a new page, a large block or a compaction inside this one.
 bool Evacuation::MoveAway(char* block, std::uint16_t size) {

@@ -11,7 +11,9 @@ namespace {
 
 constexpr std::uint32_t kLargest = UINT32_MAX - kPageHeader;
 
-char* BlockOf(HeapPage* page) { return reinterpret_cast<char*>(page) + kPageHeader; }
+char* BlockOf(HeapPage* page) {
+    return reinterpret_cast<char*>(page) + kPageHeader;
+}
 
 /// Moves the region of a page whose link stays. While it moves, no wild pointer finds the page.
 HeapPage* RelocatePage(HeapPage* page, std::uint32_t total, std::uint32_t regionFlags) {
@@ -60,7 +62,9 @@ char* LargeAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
     return BlockOf(page);
 }
 
-void LargeFree(char* block) { PageRelease(PageBase(block), 0); }
+void LargeFree(char* block) {
+    PageRelease(PageBase(block), 0);
+}
 
 int LargeResize(HeapPage* page, char** result, std::uint32_t size, std::uint32_t flags) {
     if (size > kLargest) {

@@ -122,7 +122,9 @@ HeapPool* PoolCreate(std::uint16_t fixedSize, std::uint32_t count, std::uint32_t
     return pool;
 }
 
-HeapPool* PoolCreateDefault(std::uint32_t flags) { return PoolCreate(kDefaultFixedSize, 0, flags); }
+HeapPool* PoolCreateDefault(std::uint32_t flags) {
+    return PoolCreate(kDefaultFixedSize, 0, flags);
+}
 
 int PoolDestroy(HeapPool* pool) {
     if (!IsPool(pool)) {

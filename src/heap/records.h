@@ -29,8 +29,8 @@ enum PoolFlags : std::uint32_t {
 /// Flags of the address-space layer; a pool's flags go into each of its region requests.
 enum RegionFlags : std::uint32_t {
     RegionZero = 0x100,       ///< fresh committed memory is zeroed
-    RegionUnder64K = 0x1000,  ///< a size above 65535 is cut to it, so that one unit holds the region
-    RegionLarge = 0x2000,     ///< given for large blocks in place of RegionUnder64K
+    RegionUnder64K = 0x1000,  ///< at most 64 KB committed: the region stays in one unit
+    RegionLarge = 0x2000,     ///< for large blocks, in place of RegionUnder64K
 };
 
 /// Flags of allocation and resize.
@@ -134,7 +134,9 @@ inline std::uint32_t OffsetInUnit(const void* address) {
            (kRegionUnit - 1);
 }
 
-inline PageKind KindOf(const HeapPage* page) { return static_cast<PageKind>(page->signature & 7); }
+inline PageKind KindOf(const HeapPage* page) {
+    return static_cast<PageKind>(page->signature & 7);
+}
 
 inline bool IsPageSignature(std::uint16_t word) {
     return (word & kPageSignatureMask) == kPageSignature;

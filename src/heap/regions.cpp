@@ -96,6 +96,8 @@ char* RegionRelocate(char* base, std::uint32_t size, std::uint32_t flags) {
     return moved;
 }
 
-void RegionFree(void* base) { VirtualFree(base, 0, MEM_RELEASE); }
+void RegionFree(void* base) {
+    VirtualFree(base, 0, MEM_RELEASE);
+}
 
 }  // namespace veldt::heap

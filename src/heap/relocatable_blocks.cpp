@@ -202,8 +202,8 @@ HandleSlot* RelocResize(HandleSlot* slot, std::uint32_t size, std::uint32_t flag
     }
     const PoolHold hold(pool);
     const std::uint32_t request = size + kTrailerSize;
-    const bool mayMove = (flags & ResizeNoMove) == 0 &&
-                         ((flags & AllocRelocatable) != 0 || slot->lockCount == 0);
+    const bool mayMove =
+        (flags & ResizeNoMove) == 0 && ((flags & AllocRelocatable) != 0 || slot->lockCount == 0);
     char* result = slot->block;
     const std::uint32_t bytes =
         PoolResizeCore(mayMove ? &result : nullptr, slot->block, request, flags);
@@ -314,9 +314,13 @@ RelocState RelocStateOf(HandleSlot* slot) {
     return {.lockCount = kNoCount, .moveable = false};
 }
 
-std::uint32_t RelocLockCount(HandleSlot* slot) { return RelocStateOf(slot).lockCount; }
+std::uint32_t RelocLockCount(HandleSlot* slot) {
+    return RelocStateOf(slot).lockCount;
+}
 
-int RelocIsMoveable(HandleSlot* slot) { return RelocStateOf(slot).moveable ? 1 : 0; }
+int RelocIsMoveable(HandleSlot* slot) {
+    return RelocStateOf(slot).moveable ? 1 : 0;
+}
 
 std::uint32_t RelocSize(HandleSlot* slot) {
     {

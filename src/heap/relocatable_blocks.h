@@ -1,6 +1,6 @@
 // Blocks that are reached through a slot, whose first word is the block's present address, so that
-// the heap may move them. A block's lock count pins it against compaction; in a fixed place (kind 0,
-// or a large page whose relocState is 0) it counts the fixes, and is at least 1.
+// the heap may move them. A block's lock count pins it against compaction; in a fixed place (kind
+// 0, or a large page whose relocState is 0) it counts the fixes, and is at least 1.
 //
 // Every operation on a slot takes any pointer at all; what is no handle raises error 13.
 #pragma once

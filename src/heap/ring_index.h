@@ -89,7 +89,8 @@ Unit RingFirstBelow(Unit top, const Wanted& wanted) {
     return found;
 }
 
-/// The first link behind `link` in the ring that offers what is wanted, `link` itself last; or null.
+/// The first link behind `link` in the ring that offers what is wanted, `link` itself last; or
+/// null.
 template <class Wanted>
 PageLink* RingFirstBehind(const PageLink* link, const Wanted& wanted) {
     Unit unit = UnitOf(link->page);
@@ -114,8 +115,8 @@ PageLink* RingFirstFrom(PageLink* link, const Wanted& wanted) {
     return wanted(OfferOf(link)) ? link : RingFirstBehind(link, wanted);
 }
 
-/// Whether tree and ring of `head` hold the same links in the same cyclic order, the tree's links to
-/// parents and children agree, and no bound is too low.
+/// Whether tree and ring of `head` hold the same links in the same cyclic order, the tree's links
+/// to parents and children agree, and no bound is too low.
 HeapFault RingIndexFault(const PageLink* head);
 
 }  // namespace veldt::heap

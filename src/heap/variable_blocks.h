@@ -15,8 +15,8 @@ namespace veldt::heap {
 
 enum BlockBits : std::uint16_t {
     kBlockInUse = 1,
-    kPreviousInUse = 2,           ///< or this is the first block; else a footer stands before
-    kBlockRelocatable = 0x8000,   ///< in use, with a trailer at its end
+    kPreviousInUse = 2,          ///< or this is the first block; else a footer stands before
+    kBlockRelocatable = 0x8000,  ///< in use, with a trailer at its end
 };
 
 inline constexpr std::uint32_t kHeaderSize = 2;
@@ -28,8 +28,7 @@ inline constexpr std::uint16_t kFreeSizeMask = 0xFFFF & ~(kGranule - 1);
 inline constexpr std::uint32_t kRingNext = kPointer;
 inline constexpr std::uint32_t kRingPrev = 2 * kPointer;
 inline constexpr std::uint32_t kSentinelSize = 3 * kPointer;
-inline constexpr std::uint32_t kSmallestBlock =
-    RoundUp(3 * kPointer + kFooterSize, kGranule);
+inline constexpr std::uint32_t kSmallestBlock = RoundUp(3 * kPointer + kFooterSize, kGranule);
 static_assert(Figure(kSmallestBlock, 16) && Figure(kSentinelSize, 12));
 
 /// Where the first header of a page stands: its data is aligned to the granule.
@@ -61,14 +60,26 @@ inline void SetHeader(char* block, unsigned word) {
     __atomic_store_n(reinterpret_cast<std::uint16_t*>(block), static_cast<std::uint16_t>(word),
                      __ATOMIC_RELAXED);
 }
-inline void SetBits(char* block, unsigned bits) { SetHeader(block, HeaderOf(block) | bits); }
-inline void ClearBits(char* block, unsigned bits) { SetHeader(block, HeaderOf(block) & ~bits); }
-inline bool InUse(const char* block) { return (HeaderOf(block) & kBlockInUse) != 0; }
-inline std::uint16_t UsedSize(const char* block) { return HeaderOf(block) & kUsedSizeMask; }
-inline std::uint16_t FreeSize(const char* block) { return HeaderOf(block) & kFreeSizeMask; }
+inline void SetBits(char* block, unsigned bits) {
+    SetHeader(block, HeaderOf(block) | bits);
+}
+inline void ClearBits(char* block, unsigned bits) {
+    SetHeader(block, HeaderOf(block) & ~bits);
+}
+inline bool InUse(const char* block) {
+    return (HeaderOf(block) & kBlockInUse) != 0;
+}
+inline std::uint16_t UsedSize(const char* block) {
+    return HeaderOf(block) & kUsedSizeMask;
+}
+inline std::uint16_t FreeSize(const char* block) {
+    return HeaderOf(block) & kFreeSizeMask;
+}
 
 /// Relocatable or not, the size is in the same bits of a block in use; a free one never has bit 15.
-inline char* BlockAfter(char* block) { return block + UsedSize(block); }
+inline char* BlockAfter(char* block) {
+    return block + UsedSize(block);
+}
 /// Of the block before one whose kPreviousInUse is clear.
 inline std::uint16_t FooterBefore(const char* block) {
     return Load<std::uint16_t>(block - kFooterSize);
@@ -77,13 +88,25 @@ inline void SetFooterBefore(char* block, unsigned size) {
     Store(block - kFooterSize, static_cast<std::uint16_t>(size));
 }
 
-inline char* HeaderOfData(char* data) { return data - kHeaderSize; }
-inline char* DataOf(char* block) { return block + kHeaderSize; }
+inline char* HeaderOfData(char* data) {
+    return data - kHeaderSize;
+}
+inline char* DataOf(char* block) {
+    return block + kHeaderSize;
+}
 
-inline char* RingNext(const char* block) { return Load<char*>(block + kRingNext); }
-inline char* RingPrev(const char* block) { return Load<char*>(block + kRingPrev); }
-inline void SetRingNext(char* block, char* next) { Store(block + kRingNext, next); }
-inline void SetRingPrev(char* block, char* prev) { Store(block + kRingPrev, prev); }
+inline char* RingNext(const char* block) {
+    return Load<char*>(block + kRingNext);
+}
+inline char* RingPrev(const char* block) {
+    return Load<char*>(block + kRingPrev);
+}
+inline void SetRingNext(char* block, char* next) {
+    Store(block + kRingNext, next);
+}
+inline void SetRingPrev(char* block, char* prev) {
+    Store(block + kRingPrev, prev);
+}
 
 inline void UnlinkFree(char* block) {
     char* next = RingNext(block);
@@ -104,14 +127,24 @@ inline void InsertFree(const HeapPage* page, char* block) {
 
 /// True of a block whose ring holds nothing else but the sentinel, and of the sentinel itself when
 /// its ring holds one free block or none.
-inline bool AtMostOneFree(const char* member) { return RingNext(member) == RingPrev(member); }
+inline bool AtMostOneFree(const char* member) {
+    return RingNext(member) == RingPrev(member);
+}
 
-inline char* FirstBlock(HeapPage* page) { return reinterpret_cast<char*>(page) + kFirstBlock; }
+inline char* FirstBlock(HeapPage* page) {
+    return reinterpret_cast<char*>(page) + kFirstBlock;
+}
 
 /// The slot in the trailer of a relocatable block.
-inline char* TrailerOf(char* block) { return block + UsedSize(block) - kTrailerSize; }
-inline HandleSlot* SlotOf(char* block) { return Load<HandleSlot*>(TrailerOf(block)); }
-inline void SetSlot(char* block, HandleSlot* slot) { Store(TrailerOf(block), slot); }
+inline char* TrailerOf(char* block) {
+    return block + UsedSize(block) - kTrailerSize;
+}
+inline HandleSlot* SlotOf(char* block) {
+    return Load<HandleSlot*>(TrailerOf(block));
+}
+inline void SetSlot(char* block, HandleSlot* slot) {
+    Store(TrailerOf(block), slot);
+}
 
 /// Bytes that a block in use can hold.
 inline std::uint32_t DataSize(const char* block) {

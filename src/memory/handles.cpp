@@ -11,7 +11,9 @@ using namespace heap;
 
 namespace {
 
-HandleSlot* SlotOfHandle(char** h) { return reinterpret_cast<HandleSlot*>(h); }
+HandleSlot* SlotOfHandle(char** h) {
+    return reinterpret_cast<HandleSlot*>(h);
+}
 
 void Unlock(HandleSlot* slot, std::uint32_t times) {
     for (; times > 0; --times) {
@@ -63,8 +65,7 @@ std::int16_t MemGetHandleSize(char** h, std::uint32_t* size) {
 
 std::int16_t MemSetHandleSize(char** h, std::uint32_t size) {
     HandleSlot* slot = SlotOfHandle(h);
-    if (size > kLargestSize ||
-        RelocResize(slot, size + kExcessSize, AllocRelocatable) == nullptr) {
+    if (size > kLargestSize || RelocResize(slot, size + kExcessSize, AllocRelocatable) == nullptr) {
         return SetMemError(kMemFull);
     }
     slot->size = size;
@@ -144,11 +145,17 @@ char** NewHandle(std::int32_t size, std::int16_t clear) {
 
 }  // namespace
 
-char** _XNewHandle(std::int32_t size) { return NewHandle(size, 0); }
+char** _XNewHandle(std::int32_t size) {
+    return NewHandle(size, 0);
+}
 
-char** _XNewHandleClear(std::int32_t size) { return NewHandle(size, kClear); }
+char** _XNewHandleClear(std::int32_t size) {
+    return NewHandle(size, kClear);
+}
 
-void XDisposeHandle(char** h) { MemDisposeHandle(h); }
+void XDisposeHandle(char** h) {
+    MemDisposeHandle(h);
+}
 
 std::int32_t XGetHandleSize(char** h) {
     std::uint32_t size = 0;
@@ -160,11 +167,17 @@ int _XSetHandleSize(char** h, std::int32_t size) {
     return MemSetHandleSize(h, static_cast<std::uint32_t>(size)) == 0;
 }
 
-void XEmptyHandle(char** h) { _XSetHandleSize(h, 0); }
+void XEmptyHandle(char** h) {
+    _XSetHandleSize(h, 0);
+}
 
-void XHLock(char** h) { MemChangeLock(h, 1); }
+void XHLock(char** h) {
+    MemChangeLock(h, 1);
+}
 
-void XHUnlock(char** h) { MemChangeLock(h, 0); }
+void XHUnlock(char** h) {
+    MemChangeLock(h, 0);
+}
 
 char XHGetState(char** h) {
     char state = 0;
@@ -172,9 +185,13 @@ char XHGetState(char** h) {
     return state;
 }
 
-void XHSetState(char** h, char state) { MemSetState(h, state); }
+void XHSetState(char** h, char state) {
+    MemSetState(h, state);
+}
 
-void XMoveHHi(char** h) { MemMoveHigh(h); }
+void XMoveHHi(char** h) {
+    MemMoveHigh(h);
+}
 
 void XHPurge(char** /*h*/) {}
 

@@ -20,8 +20,14 @@ int XMemInitInstance() {
     return MemErrorCode == 0;
 }
 
-void XMemExitInstance() { veldt::heap::PoolDestroy(InstancePool); }
+void XMemExitInstance() {
+    veldt::heap::PoolDestroy(InstancePool);
+}
 
-std::int16_t XMemError() { return MemErrorCode; }
+std::int16_t XMemError() {
+    return MemErrorCode;
+}
 
-void XMemCompactHeap() { veldt::heap::PoolCompact(InstancePool); }
+void XMemCompactHeap() {
+    veldt::heap::PoolCompact(InstancePool);
+}

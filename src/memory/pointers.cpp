@@ -29,7 +29,9 @@ std::int16_t MemNewPtr(char** p, std::uint32_t size, std::int16_t clear) {
     return SetMemError(0);
 }
 
-std::int16_t MemDisposePtr(char* p) { return SetMemError(PoolFree(p) != 0 ? 0 : kMemBadBlock); }
+std::int16_t MemDisposePtr(char* p) {
+    return SetMemError(PoolFree(p) != 0 ? 0 : kMemBadBlock);
+}
 
 std::int16_t MemGetPtrSize(char* p, std::uint32_t* size) {
     const std::uint32_t physical = PoolBlockSize(p);
@@ -65,11 +67,17 @@ char* NewPtr(std::int32_t size, std::int16_t clear) {
 
 }  // namespace
 
-char* _XNewPtr(std::int32_t size) { return NewPtr(size, 0); }
+char* _XNewPtr(std::int32_t size) {
+    return NewPtr(size, 0);
+}
 
-char* _XNewPtrClear(std::int32_t size) { return NewPtr(size, kClear); }
+char* _XNewPtrClear(std::int32_t size) {
+    return NewPtr(size, kClear);
+}
 
-void XDisposePtr(char* p) { MemDisposePtr(p); }
+void XDisposePtr(char* p) {
+    MemDisposePtr(p);
+}
 
 std::int32_t XGetPtrSize(char* p) {
     std::uint32_t size = 0;
@@ -81,4 +89,6 @@ void _XSetPtrSize(char* p, std::int32_t size) {
     MemSetPtrSize(p, static_cast<std::uint32_t>(size));
 }
 
-char* XStripAddress(void* p) { return static_cast<char*>(p); }
+char* XStripAddress(void* p) {
+    return static_cast<char*>(p);
+}

@@ -127,7 +127,8 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, const char* source, int sour
                         WCHAR* target, int targetSize);
 BOOL IsDBCSLeadByte(BYTE byte);
 
-/// Copies at most size - 1 characters and a zero byte; the characters copied, 0 for no such resource.
+/// Copies at most size - 1 characters and a zero byte; the characters copied, 0 for no such
+/// resource.
 int LoadStringA(HINSTANCE module, UINT id, char* buffer, int size);
 
 /// 16-bit text with its byte length in the four bytes before it and a terminator behind it.

@@ -136,7 +136,7 @@ int LoadStringA(HINSTANCE module, UINT id, char* buffer, int size);
 BSTR SysAllocStringLen(const WCHAR* source, UINT length);
 void SysFreeString(BSTR string);
 
-// Files (files.cpp, paths.cpp, errors.cpp) -----------------------------------------------------
+// Files (file_opening.cpp, file_transfer.cpp, directories.cpp, paths.cpp, share_locks.cpp) --------
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
 inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
@@ -145,18 +145,14 @@ inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 inline constexpr DWORD GENERIC_READ = 0x80000000;
 inline constexpr DWORD GENERIC_WRITE = 0x40000000;
 inline constexpr DWORD FILE_SHARE_READ = 0x1;
-inline constexpr DWORD FILE_SHARE_WRITE = 0x2;
 inline constexpr DWORD CREATE_NEW = 1;
-inline constexpr DWORD CREATE_ALWAYS = 2;
 inline constexpr DWORD OPEN_EXISTING = 3;
-inline constexpr DWORD OPEN_ALWAYS = 4;
-inline constexpr DWORD TRUNCATE_EXISTING = 5;
 inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100;
+inline constexpr DWORD FILE_FLAG_RANDOM_ACCESS = 0x10000000;
 inline constexpr DWORD FILE_BEGIN = 0;
-inline constexpr DWORD FILE_CURRENT = 1;
-inline constexpr DWORD FILE_END = 2;
 inline constexpr std::size_t MAX_PATH = 260;
 
 struct FILETIME {
@@ -177,25 +173,76 @@ struct WIN32_FIND_DATAA {
     char cAlternateFileName[14];
 };
 
-/// Paths are in the system's form, with backslashes; a drive letter is where the host mounted it.
-/// A failure leaves the system's error number for GetLastError, a success leaves 0.
+// Paths are in the system's form, with backslashes; a drive letter is where the host mounted it,
+// and an unmounted one is a path that is not found. A failure leaves the system's error number for
+// GetLastError, a success leaves 0. Nothing waits: what has no positions, such as a pipe, can't be
+// opened, and a device that is not ready says so. A handle that is stale, null or invented is
+// refused without a fault.
+
+/// OPEN_EXISTING or CREATE_NEW. A handle opened with GENERIC_READ alone and FILE_SHARE_READ goes
+/// with others of its kind; every other handle has its file to itself while it is open, between
+/// objects and between processes. Devices are shared by all. Attributes and flags change nothing.
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, void* security, DWORD disposition,
                    DWORD attributes, HANDLE pattern);
+/// Gives 1 for every handle that was open. The last error is not 0 then if data written earlier did
+/// not reach the disk.
 BOOL CloseHandle(HANDLE file);
-/// Short only at the end of the file.
+/// Short only at the end of the file, or with an error.
 BOOL ReadFile(HANDLE file, void* buffer, DWORD count, DWORD* done, void* overlapped);
-/// Short only on a full disk, which is an error too.
+/// Short only with an error, as on a full disk.
 BOOL WriteFile(HANDLE file, const void* buffer, DWORD count, DWORD* done, void* overlapped);
+/// FILE_BEGIN only. A null `distanceHigh` takes the sign of the low half.
 DWORD SetFilePointer(HANDLE file, LONG distanceLow, LONG* distanceHigh, DWORD method);
 DWORD GetFileSize(HANDLE file, DWORD* high);
 BOOL SetEndOfFile(HANDLE file);
+/// Refused while anybody has the file open.
 BOOL DeleteFileA(const char* path);
 BOOL CreateDirectoryA(const char* path, void* security);
 DWORD GetFileAttributesA(const char* path);
+/// Wildcards in the last name only. Fills the attributes, the size and the name (its first 259
+/// bytes); times stay 0.
 HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* data);
 BOOL FindClose(HANDLE search);
+/// Null `buffer` only: a path in \tmp of drive C that is most likely unused, in a buffer of the
+/// thread's own, good until the next call.
+char* tmpnam(char* buffer);
 
 // The last error (errors.cpp), one a thread ----------------------------------------------------
+
+inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
+inline constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
+inline constexpr DWORD ERROR_TOO_MANY_OPEN_FILES = 4;
+inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
+inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
+inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
+inline constexpr DWORD ERROR_WRITE_PROTECT = 19;
+inline constexpr DWORD ERROR_BAD_UNIT = 20;
+inline constexpr DWORD ERROR_NOT_READY = 21;
+inline constexpr DWORD ERROR_WRITE_FAULT = 29;
+inline constexpr DWORD ERROR_READ_FAULT = 30;
+inline constexpr DWORD ERROR_GEN_FAILURE = 31;
+inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
+inline constexpr DWORD ERROR_LOCK_VIOLATION = 33;
+inline constexpr DWORD ERROR_HANDLE_EOF = 38;
+inline constexpr DWORD ERROR_NOT_SUPPORTED = 50;
+inline constexpr DWORD ERROR_BAD_NETPATH = 53;
+inline constexpr DWORD ERROR_FILE_EXISTS = 80;
+inline constexpr DWORD ERROR_INVALID_PARAMETER = 87;
+inline constexpr DWORD ERROR_BROKEN_PIPE = 109;
+inline constexpr DWORD ERROR_DISK_FULL = 112;
+inline constexpr DWORD ERROR_SEM_TIMEOUT = 121;
+inline constexpr DWORD ERROR_INVALID_NAME = 123;
+inline constexpr DWORD ERROR_NEGATIVE_SEEK = 131;
+inline constexpr DWORD ERROR_SEEK_ON_DEVICE = 132;
+inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
+inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
+inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
+inline constexpr DWORD ERROR_FILE_TOO_LARGE = 223;
+inline constexpr DWORD ERROR_NOACCESS = 998;
+inline constexpr DWORD ERROR_FILE_INVALID = 1006;
+inline constexpr DWORD ERROR_IO_DEVICE = 1117;
+inline constexpr DWORD ERROR_TOO_MANY_LINKS = 1142;
+inline constexpr DWORD ERROR_CANT_RESOLVE_FILENAME = 1921;
 
 DWORD GetLastError();
 void SetLastError(DWORD error);

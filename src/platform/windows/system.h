@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 namespace veldt::platform {
 
@@ -67,6 +68,7 @@ using ::SetFilePointer;
 using ::SetLastError;
 using ::SysAllocStringLen;
 using ::SysFreeString;
+using ::tmpnam;
 using ::VirtualAlloc;
 using ::VirtualFree;
 using ::VirtualQuery;

@@ -49,8 +49,6 @@ class VELDT20_API XFileSpec {
     /// C:\dir\ gives dir\ and C:\ nothing. Without a backslash there is no name. Double-byte
     /// characters are respected. `unused` is not read.
     void GetName(XCString& out, int unused = 0) const;
-    /// The first 255 bytes of the name.
-    void GetName(XStr<255>& out, int unused = 0) const;
 
     /// What stands behind the first dot of the name: C:\dir\archive.tar.gz gives tar.gz. Nothing
     /// for a name that begins with a dot, and for one whose first dot is its last byte.
@@ -147,7 +145,7 @@ class VELDT20_API XFile {
     std::uint32_t Read(void* buffer, std::uint32_t count, std::int32_t offsetLow,
                        std::int32_t offsetHigh);
     /// Gives the bytes written, `count` unless there is an error. Beyond the end the file grows.
-    std::uint32_t Write(void* buffer, std::uint32_t count, std::int32_t offsetLow,
+    std::uint32_t Write(const void* buffer, std::uint32_t count, std::int32_t offsetLow,
                         std::int32_t offsetHigh);
     /// The size in bytes. A failure leaves both targets as they were.
     int GetEOF(std::int32_t* low, std::int32_t* high);

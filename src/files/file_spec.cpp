@@ -1,8 +1,6 @@
 // XFileSpec: a path, and its parts.
 #include <veldt20/files.h>
 
-#include <algorithm>
-
 #include "platform/platform.h"
 
 using namespace veldt::platform;
@@ -78,13 +76,6 @@ void XFileSpec::GetName(XCString& out, int) const {
     const XCString name =
         separator < 0 ? XCString() : XCString(path + separator + 1, length - separator - 1);
     out = name;
-}
-
-void XFileSpec::GetName(XStr<255>& out, int unused) const {
-    XCString name;
-    GetName(name, unused);
-    const char* text = name;
-    out.Assign(text, std::min(name.GetLength(), 255));
 }
 
 void XFileSpec::GetExtension(XCString& out) const {

@@ -35,7 +35,7 @@ std::uint32_t XFile::Read(void* buffer, std::uint32_t count, std::int32_t offset
     return done;
 }
 
-std::uint32_t XFile::Write(void* buffer, std::uint32_t count, std::int32_t offsetLow,
+std::uint32_t XFile::Write(const void* buffer, std::uint32_t count, std::int32_t offsetLow,
                            std::int32_t offsetHigh) {
     if (openState != 1) {
         error = ErrorNotOpen;

@@ -1,0 +1,71 @@
+// What the tests on files share: a directory of their own, and paths in the system's form.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <veldt20/files.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+
+#include "platform/platform.h"
+
+namespace veldt::tests {
+
+/// A fresh directory, gone with all that it holds at the end.
+class Scratch {
+  public:
+    Scratch() {
+        const auto parent = std::filesystem::temp_directory_path();
+        do {
+            directory_ = parent / ("veldt20-test-" + std::to_string(std::random_device{}()));
+        } while (!std::filesystem::create_directory(directory_));
+    }
+    ~Scratch() {
+        std::error_code ignored;
+        std::filesystem::remove_all(directory_, ignored);
+    }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+
+    /// The host's own path of a name in it, for looking at what the library did.
+    std::filesystem::path Host(const std::string& name) const { return directory_ / name; }
+
+    /// The path of a name in it as the library takes it.
+    std::string Path(const std::string& name) const {
+        std::string path = Host(name).string();
+        for (char& byte : path) {
+            if (byte == '/') byte = '\\';
+        }
+        return path[0] == '\\' ? "C:" + path : path;
+    }
+
+    void Fill(const std::string& name, const std::string& content) const {
+        std::ofstream(Host(name), std::ios::binary) << content;
+    }
+    std::string Content(const std::string& name) const {
+        std::ifstream file(Host(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+  private:
+    std::filesystem::path directory_;
+};
+
+inline XFile FileAt(const std::string& path) {
+    XFileSpec spec(XCString(path.c_str()));
+    return XFile(&spec);
+}
+
+/// Expects that an operation gave 0 and left `error`. Then takes back the platform's last error,
+/// which can count as the next operation's own.
+template <class Result>
+void ExpectFailure(const XFile& file, Result result, XFile::Error error) {
+    EXPECT_EQ(result, Result{0});
+    EXPECT_EQ(file.GetError(), error);
+    platform::SetLastError(0);
+}
+
+}  // namespace veldt::tests

@@ -29,10 +29,10 @@ class VELDT20_API XIntrusiveSingleList {
     /// RemoveAll: the elements live on.
     ~XIntrusiveSingleList();
     /// Shallow, as the assignment.
-    XIntrusiveSingleList(const XIntrusiveSingleList& other);
+    XIntrusiveSingleList(const XIntrusiveSingleList&) = default;
     /// Shallow: both lists then name one chain, and a change through one leaves the other's head
     /// and count out of date.
-    XIntrusiveSingleList& operator=(const XIntrusiveSingleList& other);
+    XIntrusiveSingleList& operator=(const XIntrusiveSingleList&) = default;
     /// Does what the constructor does, for zeroed or raw memory that no constructor ran on. A chain
     /// that the list has is forgotten.
     void Construct(unsigned int nextOffset);
@@ -87,10 +87,10 @@ class VELDT20_API XIntrusiveDoubleList {
     /// RemoveAll: the elements live on.
     ~XIntrusiveDoubleList();
     /// Shallow, as the assignment.
-    XIntrusiveDoubleList(const XIntrusiveDoubleList& other);
+    XIntrusiveDoubleList(const XIntrusiveDoubleList&) = default;
     /// Shallow: both lists then name one chain, and a change through one leaves the other's ends
     /// and count out of date.
-    XIntrusiveDoubleList& operator=(const XIntrusiveDoubleList& other);
+    XIntrusiveDoubleList& operator=(const XIntrusiveDoubleList&) = default;
 
     /// 1 or 0.
     int IsEmpty() const;

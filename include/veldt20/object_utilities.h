@@ -39,13 +39,10 @@ class VELDT20_API XRCObject {
     std::int32_t shareable_;
 };
 
-/// Counts up and down from 0.
+/// Counts up and down from 0. Copies count on by themselves.
 class VELDT20_API XCounter {
   public:
     XCounter();
-    XCounter(const XCounter& other);
-    XCounter& operator=(const XCounter& other);
-    ~XCounter();
 
     /// Both give the new value.
     std::int32_t Increment();
@@ -56,13 +53,10 @@ class VELDT20_API XCounter {
 };
 
 /// A slot for one pointer that is filled when it is first wanted. What it points to isn't owned: it
-/// is neither freed here nor told apart from what SetData put in.
+/// is neither freed here nor told apart from what SetData put in. A copy names the same thing.
 class VELDT20_API XRTObject {
   public:
     XRTObject();
-    XRTObject(const XRTObject& other);
-    /// Copies the pointer: both slots then name the same thing.
-    XRTObject& operator=(const XRTObject& other);
 
     /// What the slot holds. An empty slot is filled with what `create` gives first; if that is
     /// null, the next call asks again.
@@ -76,15 +70,12 @@ class VELDT20_API XRTObject {
     void* data_;
 };
 
-/// Hands out up to 32 identifiers from a base on, the lowest free one first.
+/// Hands out up to 32 identifiers from a base on, the lowest free one first. A copy has the same base
+/// and the same ones taken, and goes on by itself.
 class VELDT20_API XIDSet {
   public:
     /// Identifiers `base` to `base` + 31, all free; beyond 32 bits they wrap.
     explicit XIDSet(std::int32_t base);
-    XIDSet(const XIDSet& other);
-    /// Copies the base and what is taken.
-    XIDSet& operator=(const XIDSet& other);
-    ~XIDSet();
 
     /// Takes the lowest free identifier. Gives 1, or 0 with all 32 taken, and then `id` stays as
     /// it was.

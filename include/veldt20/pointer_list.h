@@ -24,7 +24,7 @@ class VELDT20_API XSinglePtrList {
     /// Shallow: from here on both lists name the same nodes, and only one may go on to remove them.
     /// Assign an empty list to the other, which forgets its nodes and frees none. The nodes that
     /// this list held before are forgotten in the same way, so RemoveAll first.
-    XSinglePtrList& operator=(const XSinglePtrList& other);
+    XSinglePtrList& operator=(const XSinglePtrList&) = default;
 
     /// 1 or 0.
     int IsEmpty() const;

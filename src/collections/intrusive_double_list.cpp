@@ -15,10 +15,6 @@ XIntrusiveDoubleList::~XIntrusiveDoubleList() {
     RemoveAll();
 }
 
-XIntrusiveDoubleList::XIntrusiveDoubleList(const XIntrusiveDoubleList& other) = default;
-
-XIntrusiveDoubleList& XIntrusiveDoubleList::operator=(const XIntrusiveDoubleList& other) = default;
-
 int XIntrusiveDoubleList::IsEmpty() const {
     return head_ == nullptr;
 }

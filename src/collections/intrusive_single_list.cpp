@@ -16,10 +16,6 @@ XIntrusiveSingleList::~XIntrusiveSingleList() {
     RemoveAll();
 }
 
-XIntrusiveSingleList::XIntrusiveSingleList(const XIntrusiveSingleList& other) = default;
-
-XIntrusiveSingleList& XIntrusiveSingleList::operator=(const XIntrusiveSingleList& other) = default;
-
 void XIntrusiveSingleList::Construct(unsigned int nextOffset) {
     head_ = nullptr;
     nextOffset_ = nextOffset;

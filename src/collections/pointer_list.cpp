@@ -21,8 +21,6 @@ XSinglePtrList::~XSinglePtrList() {
     RemoveAll();
 }
 
-XSinglePtrList& XSinglePtrList::operator=(const XSinglePtrList& other) = default;
-
 int XSinglePtrList::IsEmpty() const {
     return count_ == 0;
 }

@@ -54,12 +54,6 @@ void XRCObject::MarkUnshareable() {
 
 XCounter::XCounter() : count_(0) {}
 
-XCounter::XCounter(const XCounter& other) = default;
-
-XCounter& XCounter::operator=(const XCounter& other) = default;
-
-XCounter::~XCounter() = default;
-
 std::int32_t XCounter::Increment() {
     return count_ = WrappingSum(count_, 1);
 }
@@ -69,10 +63,6 @@ std::int32_t XCounter::Decrement() {
 }
 
 XRTObject::XRTObject() : data_(nullptr) {}
-
-XRTObject::XRTObject(const XRTObject& other) = default;
-
-XRTObject& XRTObject::operator=(const XRTObject& other) = default;
 
 void* XRTObject::GetData(void* (*create)()) {
     if (data_ == nullptr) {
@@ -90,12 +80,6 @@ void XRTObject::SetData(void* data) {
 }
 
 XIDSet::XIDSet(std::int32_t base) : base_(base), used_(0) {}
-
-XIDSet::XIDSet(const XIDSet& other) = default;
-
-XIDSet& XIDSet::operator=(const XIDSet& other) = default;
-
-XIDSet::~XIDSet() = default;
 
 int XIDSet::GetNextID(std::int32_t& id) {
     if (used_ == kAllUsed) {

@@ -5,9 +5,10 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
-#include <iterator>
+#include <functional>
 #include <random>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "support/seed.h"
@@ -17,11 +18,7 @@ namespace {
 /// On one single list and two double lists at once.
 struct Element {
     char tag;
-    void* single = nullptr;
-    void* nextA = nullptr;
-    void* prevA = nullptr;
-    void* prevB = nullptr;
-    void* nextB = nullptr;
+    void *single, *nextA, *prevA, *prevB, *nextB;
 };
 
 constexpr unsigned int kSingle = offsetof(Element, single);
@@ -36,29 +33,19 @@ __XPOSITION* At(void* element) {
 
 using Elements = std::vector<void*>;
 
-Elements Forwards(const auto& list) {
+Elements Walked(__XPOSITION* from, const std::function<void*(__XPOSITION*&)>& step) {
     Elements elements;
-    for (__XPOSITION* p = list.GetHeadPosition(); p != nullptr;) {
-        elements.push_back(list.GetNext(p));
-    }
-    return elements;
-}
-
-Elements Backwards(const XIntrusiveDoubleList& list) {
-    Elements elements;
-    for (__XPOSITION* p = list.GetTailPosition(); p != nullptr;) {
-        elements.push_back(list.GetPrev(p));
+    while (from != nullptr) {
+        elements.push_back(step(from));
     }
     return elements;
 }
 
 TEST(IntrusiveLists, WriteLinksWhereToldAndNowhereElse) {
     constexpr std::size_t kOffset = 3;
-    std::array<unsigned char, kOffset + sizeof(void*) + 5> first;
-    std::array<unsigned char, kOffset + sizeof(void*) + 5> second;
+    std::array<unsigned char, kOffset + sizeof(void*) + 5> first, second, expected;
     first.fill(0xA5);
-    second.fill(0xA5);
-    auto expected = second;
+    second = expected = first;
     void* link = first.data();
     std::memcpy(expected.data() + kOffset, &link, sizeof link);
 
@@ -66,102 +53,59 @@ TEST(IntrusiveLists, WriteLinksWhereToldAndNowhereElse) {
     list.AddHead(first.data());
     list.AddHead(second.data());
     EXPECT_EQ(second, expected);
-    EXPECT_EQ(Forwards(list), (Elements{second.data(), first.data()}));
     list.RemoveAt(At(first.data()));
     std::memset(expected.data() + kOffset, 0, sizeof link);
     EXPECT_EQ(first, expected);
+    EXPECT_EQ(second, expected);
 }
 
-TEST(IntrusiveLists, AnEmptyDoubleListWritesNoLink) {
-    Element element{};
-    element.nextA = element.prevA = &element;
+TEST(IntrusiveLists, OuterLinksOfADoubleListAreNeitherWrittenNorBelieved) {
+    Element a{}, b{}, stale{};
     XIntrusiveDoubleList list(kNextA, kPrevA);
-    for (const bool atHead : {true, false}) {
-        EXPECT_EQ(atHead ? list.AddHead(&element) : list.AddTail(&element), At(&element));
-        EXPECT_EQ(element.nextA, &element);
-        EXPECT_EQ(element.prevA, &element);
-        list.RemoveAll();
-    }
-}
-
-TEST(IntrusiveLists, AStaleOuterLinkEndsWithTheElementThatHasIt) {
-    Element a{};
-    Element b{};
-    Element stale{};
-    a.prevA = &stale;
-    b.nextA = &stale;
-    XIntrusiveDoubleList list(kNextA, kPrevA);
-    list.AddHead(&b);
+    a.prevA = b.nextA = &stale;
+    list.AddTail(&b);
     list.AddHead(&a);
+    EXPECT_EQ(a.prevA, &stale);
+    EXPECT_EQ(b.nextA, &stale);
     EXPECT_EQ(list.RemoveHead(), &a);
     EXPECT_EQ(b.prevA, nullptr);
-    b.nextA = nullptr;
-    list.AddTail(&a);
     a.nextA = &stale;
+    list.AddTail(&a);
+    EXPECT_EQ(a.nextA, &stale);
     EXPECT_EQ(list.RemoveTail(), &a);
     EXPECT_EQ(b.nextA, nullptr);
-    EXPECT_EQ(Backwards(list), Elements{&b});
 }
 
-TEST(IntrusiveLists, RemoveAllLeavesTheLinks) {
-    Element a{};
-    Element b{};
+TEST(IntrusiveLists, LetElementsGoAsTheyAre) {
+    Element a{}, b{};
     {
-        XIntrusiveSingleList single(kSingle);
-        XIntrusiveDoubleList both(kNextA, kPrevA);
-        single.InsertAfter(single.AddHead(&a), &b);
-        both.AddHead(&a);
-        both.AddTail(&b);
-        single.RemoveAll();
-        both.RemoveAll();
-        EXPECT_EQ(single.GetCount() + both.GetCount(), 0);
-        EXPECT_EQ(both.GetTail(), nullptr);
+        XIntrusiveDoubleList list(kNextA, kPrevA);
+        list.AddHead(&a);
+        XIntrusiveDoubleList heir(kNextB, kPrevB);
+        heir = list;
+        heir.AddTail(&b);
+        heir.RemoveAll();
+        EXPECT_EQ(heir.GetCount(), 0);
+        EXPECT_EQ(heir.GetHead(), nullptr);
+        EXPECT_EQ(heir.GetTail(), nullptr);
     }
-    EXPECT_EQ(a.single, &b);
     EXPECT_EQ(a.nextA, &b);
     EXPECT_EQ(b.prevA, &a);
-}
-
-TEST(IntrusiveLists, FindGivesItsArgument) {
-    Element on{};
-    Element off{};
-    XIntrusiveSingleList single(kSingle);
-    XIntrusiveDoubleList both(kNextA, kPrevA);
-    single.AddHead(&on);
-    both.AddHead(&on);
-    EXPECT_EQ(single.Find(&off, At(&on)), At(&off));
-    EXPECT_EQ(both.Find(&off, At(&on)), At(&off));
-    EXPECT_EQ(single.GetAt(At(&off)), &off);
-    EXPECT_EQ(both.GetAt(At(&off)), &off);
 }
 
 TEST(IntrusiveLists, ConstructServesRawMemoryAndForgetsAChain) {
     alignas(XIntrusiveSingleList) unsigned char memory[sizeof(XIntrusiveSingleList)];
     std::memset(memory, 0xA5, sizeof memory);
     auto* list = reinterpret_cast<XIntrusiveSingleList*>(memory);
-    Element a{};
-    Element b{};
-    list->Construct(kSingle);
-    list->AddHead(&a);
-    list->AddHead(&b);
-    EXPECT_EQ(b.single, &a);
-    list->Construct(kNextA);
-    EXPECT_EQ(list->IsEmpty(), 1);
-    list->AddHead(&a);
-    list->AddHead(&b);
-    EXPECT_EQ(b.nextA, &a);
-}
-
-TEST(IntrusiveLists, AssignmentTakesTheOffsetsToo) {
-    Element a{};
-    Element b{};
-    XIntrusiveDoubleList list(kNextA, kPrevA);
-    list.AddTail(&a);
-    XIntrusiveDoubleList heir(kNextB, kPrevB);
-    heir = list;
-    heir.AddTail(&b);
-    EXPECT_EQ(a.nextA, &b);
-    EXPECT_EQ(Forwards(heir), (Elements{&a, &b}));
+    Element a{}, b{};
+    for (const auto& [offset, field] : {std::pair{kSingle, &b.single}, {kNextA, &b.nextA}}) {
+        list->Construct(offset);
+        EXPECT_EQ(list->IsEmpty(), 1);
+        list->AddHead(&a);
+        list->AddHead(&b);
+        EXPECT_EQ(*field, &a);
+        EXPECT_EQ(list->GetCount(), 2);
+    }
 }
 
 /// One of the lists that the elements are on, and what it must hold.
@@ -176,9 +120,9 @@ struct ListRun {
     void Step(Element& element, std::mt19937& random) {
         const auto place = std::find(model.begin(), model.end(), &element);
         if (place == model.end()) {
-            Insert(&element, random);
+            Insert(&element, random() % (model.size() + 1), random);
         } else {
-            Remove(place - model.begin(), random);
+            Remove(place, random);
             for (void* Element::*link : links) {
                 ASSERT_EQ(element.*link, nullptr);
             }
@@ -186,63 +130,66 @@ struct ListRun {
         Check();
     }
 
-    void Insert(Element* element, std::mt19937& random) {
-        const std::size_t index = random() % (model.size() + 1);
-        __XPOSITION* before = index == 0 ? nullptr : At(model[index - 1]);
-        __XPOSITION* behind = index == model.size() ? nullptr : At(model[index]);
-        const bool byEnd = random() % 2 == 0;
-        __XPOSITION* added;
-        if (byEnd && before == nullptr) {
-            added = list.AddHead(element);
-        } else if constexpr (!kDouble) {
-            added = list.InsertAfter(before, element);
-        } else if (byEnd && behind == nullptr) {
-            added = list.AddTail(element);
-        } else if (before == nullptr || (behind != nullptr && random() % 2 == 0)) {
-            // Before nothing is at the head, whatever stands there.
-            added = list.InsertBefore(before == nullptr && byEnd ? nullptr : behind, element);
+    // There are up to four ways to the same place; any one will do.
+    void Insert(Element* element, std::size_t index, std::mt19937& random) {
+        std::vector<std::function<__XPOSITION*()>> ways;
+        if (index == 0) {
+            ways.push_back([&] { return list.AddHead(element); });
         } else {
-            added = list.InsertAfter(before, element);
+            ways.push_back([&] { return list.InsertAfter(At(model[index - 1]), element); });
         }
-        ASSERT_EQ(added, At(element));
+        if constexpr (kDouble) {
+            if (index == 0) {
+                ways.push_back([&] { return list.InsertBefore(nullptr, element); });
+            }
+            if (index == model.size()) {
+                ways.push_back([&] { return list.AddTail(element); });
+                ways.push_back([&] { return list.InsertAfter(nullptr, element); });
+            } else {
+                ways.push_back([&] { return list.InsertBefore(At(model[index]), element); });
+            }
+        } else if (index == 0) {
+            ways.push_back([&] { return list.InsertAfter(nullptr, element); });
+        }
+        ASSERT_EQ(ways[random() % ways.size()](), At(element));
         model.insert(model.begin() + static_cast<std::ptrdiff_t>(index), element);
     }
 
-    void Remove(std::ptrdiff_t index, std::mt19937& random) {
-        void* element = model[static_cast<std::size_t>(index)];
-        model.erase(model.begin() + index);
-        void* removed = nullptr;
-        const bool byEnd = random() % 2 == 0;
-        if (byEnd && index == 0) {
-            removed = list.RemoveHead();
+    void Remove(Elements::iterator place, std::mt19937& random) {
+        std::vector<std::function<void*()>> ways{[&] { return list.RemoveAt(At(*place)); }};
+        if (place == model.begin()) {
+            ways.push_back([&] { return list.RemoveHead(); });
         }
         if constexpr (kDouble) {
-            if (byEnd && index > 0 && index == std::ssize(model)) {
-                removed = list.RemoveTail();
+            if (place == model.end() - 1) {
+                ways.push_back([&] { return list.RemoveTail(); });
             }
         }
-        ASSERT_EQ(removed == nullptr ? list.RemoveAt(At(element)) : removed, element);
+        ASSERT_EQ(ways[random() % ways.size()](), *place);
+        model.erase(place);
     }
 
     void Check() {
-        ASSERT_EQ(Forwards(list), model);
+        ASSERT_EQ(Walked(list.GetHeadPosition(), [&](auto& p) { return list.GetNext(p); }), model);
         ASSERT_EQ(list.GetCount(), std::ssize(model));
         ASSERT_EQ(list.IsEmpty(), model.empty() ? 1 : 0);
         ASSERT_EQ(list.GetHead(), model.empty() ? nullptr : model.front());
         for (int index = 0; index < list.GetCount(); ++index) {
-            ASSERT_EQ(list.FindIndex(index), At(model[static_cast<std::size_t>(index)]));
+            void* element = model[static_cast<std::size_t>(index)];
+            ASSERT_EQ(list.FindIndex(index), At(element));
+            ASSERT_EQ(list.GetAt(list.Find(element, nullptr)), element);
         }
         ASSERT_EQ(list.FindIndex(list.GetCount()), nullptr);
         if constexpr (kDouble) {
-            ASSERT_EQ(Backwards(list), Elements(model.rbegin(), model.rend()));
-            ASSERT_EQ(list.GetTail(), model.empty() ? nullptr : model.back());
+            ASSERT_EQ(Walked(list.GetTailPosition(), [&](auto& p) { return list.GetPrev(p); }),
+                      Elements(model.rbegin(), model.rend()));
         }
     }
 };
 
 TEST(IntrusiveLists, RandomRunOnSeveralListsAtOnce) {
     std::mt19937 random(veldt::tests::Seed());
-    std::vector<Element> elements(12);
+    std::vector<Element> elements(8);
     ListRun<XIntrusiveSingleList> single{XIntrusiveSingleList(kSingle), {&Element::single}};
     ListRun<XIntrusiveDoubleList> a{{kNextA, kPrevA}, {&Element::nextA, &Element::prevA}};
     ListRun<XIntrusiveDoubleList> b{{kNextB, kPrevB}, {&Element::nextB, &Element::prevB}};
@@ -257,35 +204,8 @@ TEST(IntrusiveLists, RandomRunOnSeveralListsAtOnce) {
                 break;
             default:
                 b.Step(element, random);
-                break;
         }
     }
-}
-
-TEST(IntrusiveLists, NullPlacesAreOppositeEnds) {
-    Element a{};
-    Element b{};
-    XIntrusiveSingleList single(kSingle);
-    XIntrusiveDoubleList both(kNextA, kPrevA);
-    single.InsertAfter(nullptr, &a);
-    single.InsertAfter(nullptr, &b);
-    both.InsertAfter(nullptr, &a);
-    both.InsertAfter(nullptr, &b);
-    EXPECT_EQ(Forwards(single), (Elements{&b, &a}));
-    EXPECT_EQ(Forwards(both), (Elements{&a, &b}));
-}
-
-TEST(IntrusiveLists, AWalkMayRemoveWhatItPassed) {
-    std::array<Element, 5> elements{};
-    XIntrusiveDoubleList list(kNextA, kPrevA);
-    for (Element& element : elements) {
-        list.AddTail(&element);
-    }
-    for (__XPOSITION* p = list.GetHeadPosition(); p != nullptr;) {
-        list.RemoveAt(At(list.GetNext(p)));
-    }
-    EXPECT_EQ(list.GetCount(), 0);
-    EXPECT_EQ(list.GetTail(), nullptr);
 }
 
 }  // namespace

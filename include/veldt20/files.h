@@ -49,6 +49,8 @@ class VELDT20_API XFileSpec {
     /// C:\dir\ gives dir\ and C:\ nothing. Without a backslash there is no name. Double-byte
     /// characters are respected. `unused` is not read.
     void GetName(XCString& out, int unused = 0) const;
+    /// The first 255 bytes of the name.
+    void GetName(XStr<255>& out, int unused = 0) const;
 
     /// What stands behind the first dot of the name: C:\dir\archive.tar.gz gives tar.gz. Nothing
     /// for a name that begins with a dot, and for one whose first dot is its last byte.

@@ -78,6 +78,13 @@ void XFileSpec::GetName(XCString& out, int) const {
     out = name;
 }
 
+void XFileSpec::GetName(XStr<255>& out, int unused) const {
+    XCString name;
+    GetName(name, unused);
+    const char* text = name;
+    out.Assign(text, name.GetLength());
+}
+
 void XFileSpec::GetExtension(XCString& out) const {
     XCString name;
     GetName(name, 0);

@@ -49,7 +49,7 @@ class ModelRun {
     void Write() {
         const auto position = static_cast<std::size_t>(Position());
         std::string bytes(static_cast<std::size_t>(Count()), '\0');
-        for (char& byte : bytes) byte = static_cast<char>(Up(255));
+        for (char& letter : bytes) letter = static_cast<char>(Up(255));
         EXPECT_EQ(file_.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size()),
                               static_cast<std::int32_t>(position), 0),
                   bytes.size());

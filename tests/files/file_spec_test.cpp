@@ -39,6 +39,14 @@ TEST(FileSpec, NamesStandBehindTheLastBackslash) {
     EXPECT_EQ(Name("\\a"), "a");
     EXPECT_EQ(Name(""), "");
     EXPECT_EQ(Name("C:/dir/file.txt"), "");
+
+    const std::string longName = std::string(255, 'a') + std::string(45, 'b');
+    XStr<255> out("what stood here before");
+    XFileSpec(XCString(("C:\\" + longName).c_str())).GetName(out);
+    EXPECT_EQ(std::string(out.GetCStr()), longName.substr(0, 255));
+    EXPECT_EQ(out.GetLength(), 255);
+    XFileSpec(XCString("file")).GetName(out);
+    EXPECT_EQ(out.IsEmpty(), 1);
 }
 
 TEST(FileSpec, ExtensionsStandBehindTheFirstDotOfTheName) {

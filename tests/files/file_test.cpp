@@ -44,11 +44,11 @@ TEST(File, StartsClosedAndRefusesWhatNeedsAnOpenFile) {
     EXPECT_EQ(file.GetError(), XFile::ErrorNone);
     EXPECT_EQ(file.SetType(7) + file.SetCreator(7) + file.GetType() + file.GetCreator(), 0);
 
-    char byte = 'x';
+    char mark = 'x';
     std::int32_t low = 1;
     std::int32_t high = 2;
-    ExpectFailure(file, file.Read(&byte, 1, 0, 0), XFile::ErrorNotOpen);
-    ExpectFailure(file, file.Write(&byte, 1, 0, 0), XFile::ErrorNotOpen);
+    ExpectFailure(file, file.Read(&mark, 1, 0, 0), XFile::ErrorNotOpen);
+    ExpectFailure(file, file.Write(&mark, 1, 0, 0), XFile::ErrorNotOpen);
     ExpectFailure(file, file.GetEOF(&low, &high), XFile::ErrorNotOpen);
     EXPECT_EQ(low + high, 3);
     ExpectFailure(file, file.SetEOF(0, 0), XFile::ErrorNotOpen);
@@ -152,11 +152,11 @@ TEST(File, RefusesPositionsBelowZero) {
     XFile file = FileAt(scratch.Path("a"));
     ASSERT_EQ(file.Open(XFile::PermissionReadWrite), 1);
     for (const std::int32_t low : {0, -1, 7}) {
-        char byte = 'x';
-        ExpectFailure(file, file.Read(&byte, 1, low, -1), XFile::ErrorOther);
-        ExpectFailure(file, file.Write(&byte, 1, low, -1), XFile::ErrorOther);
+        char mark = 'x';
+        ExpectFailure(file, file.Read(&mark, 1, low, -1), XFile::ErrorOther);
+        ExpectFailure(file, file.Write(&mark, 1, low, -1), XFile::ErrorOther);
         ExpectFailure(file, file.SetEOF(low, -1), XFile::ErrorOther);
-        EXPECT_EQ(byte, 'x');
+        EXPECT_EQ(mark, 'x');
     }
     EXPECT_EQ(file.Close(), 1);
     EXPECT_EQ(scratch.Content("a"), "content");
@@ -166,13 +166,13 @@ TEST(File, KeepsToItsPermission) {
     const Scratch scratch;
     scratch.Fill("a", "content");
     XFile file = FileAt(scratch.Path("a"));
-    char byte = 'x';
+    char mark = 'x';
     ASSERT_EQ(file.Open(XFile::PermissionRead), 1);
-    ExpectFailure(file, file.Write(&byte, 1, 0, 0), XFile::ErrorAccess);
+    ExpectFailure(file, file.Write(&mark, 1, 0, 0), XFile::ErrorAccess);
     ExpectFailure(file, file.SetEOF(0, 0), XFile::ErrorAccess);
     EXPECT_EQ(file.Close(), 1);
     ASSERT_EQ(file.Open(XFile::PermissionWrite), 1);
-    ExpectFailure(file, file.Read(&byte, 1, 0, 0), XFile::ErrorAccess);
+    ExpectFailure(file, file.Read(&mark, 1, 0, 0), XFile::ErrorAccess);
     EXPECT_EQ(file.Close(), 1);
     EXPECT_EQ(scratch.Content("a"), "content");
 }

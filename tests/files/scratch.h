@@ -36,8 +36,8 @@ class Scratch {
     /// The path of a name in it as the library takes it.
     std::string Path(const std::string& name) const {
         std::string path = Host(name).string();
-        for (char& byte : path) {
-            if (byte == '/') byte = '\\';
+        for (char& letter : path) {
+            if (letter == '/') letter = '\\';
         }
         return path[0] == '\\' ? "C:" + path : path;
     }

@@ -1,0 +1,138 @@
+// Where paths in the system's form lead, and what matches a pattern.
+#include "platform/posix/paths.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <veldt20/host.h>
+
+#include <filesystem>
+#include <string>
+
+#include "files/scratch.h"
+#include "platform/posix/wildcards.h"
+
+namespace veldt::tests {
+
+using namespace platform;
+
+namespace {
+
+// The kernel's path, or the number of the error.
+std::string Translated(const std::string& path) {
+    KernelPath out;
+    const DWORD error = TranslatePath(path.c_str(), out);
+    return error == 0 ? out.text : std::to_string(error);
+}
+
+// Leaves the drives and the code page as they are at a program's start.
+class Paths : public testing::Test {
+  protected:
+    ~Paths() override {
+        XHostMountDrive('c', "/");
+        XHostMountDrive('d', nullptr);
+        XHostSetCodePage(1252);
+    }
+};
+
+}  // namespace
+
+TEST_F(Paths, LeadWhereTheDriveIsMounted) {
+    EXPECT_EQ(XHostMountDrive('d', "/mnt/data/"), 1);
+    const struct {
+        const char* path;
+        const char* kernel;
+    } cases[] = {
+        {"C:\\", "/"},
+        {"c:\\dir\\file.txt", "/dir/file.txt"},
+        {"C:dir", "/dir"},
+        {"\\dir\\\\file\\", "/dir/file/"},
+        {"/dir/file", "/dir/file"},
+        {"dir\\file", "dir/file"},
+        {".", "."},
+        {"..\\up", "../up"},
+        {"D:\\a b\\c", "/mnt/data/a b/c"},
+        {"d:", "/mnt/data/"},
+        {"D:\\..\\..\\a\\..\\..\\b", "/mnt/data/././a/.././b"},
+        {"D:\\a\\.\\..\\..\\b", "/mnt/data/a/./.././b"},
+        {"\\\\?\\D:\\a", "/mnt/data/a"},
+        {"\\\\host\\share\\a", "53"},
+        {"E:\\a", "3"},
+        {"", "3"},
+    };
+    for (const auto& [path, kernel] : cases) {
+        EXPECT_EQ(Translated(path), kernel);
+    }
+    EXPECT_EQ(Translated("D:\\" + std::string(5000, 'n')), "206");
+    EXPECT_EQ(XHostMountDrive('1', "/"), 0);
+    EXPECT_EQ(XHostMountDrive('C', "/mnt"), 1);
+    EXPECT_EQ(Translated("\\a"), "/mnt/a");
+    EXPECT_EQ(XHostMountDrive('d', nullptr), 1);
+    EXPECT_EQ(Translated("D:\\a"), "3");
+}
+
+// An empty directory and a relative one are taken from the current directory, at each use.
+TEST_F(Paths, RelativeMountsFollowTheCurrentDirectory) {
+    const Scratch scratch;
+    scratch.Fill("a", "");
+    XHostMountDrive('d', "");
+    EXPECT_EQ(GetFileAttributesA("D:\\a"), INVALID_FILE_ATTRIBUTES);
+    const std::filesystem::path home = std::filesystem::current_path();
+    std::filesystem::current_path(scratch.Host(""));
+    EXPECT_EQ(GetFileAttributesA("D:\\a"), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_EQ(GetFileAttributesA("a"), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_EQ(GetFileAttributesA("D:\\..\\a"), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_EQ(GetFileAttributesA("."), FILE_ATTRIBUTE_DIRECTORY);
+    EXPECT_EQ(GetFileAttributesA("none"), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    std::filesystem::current_path(home);
+}
+
+// In code page 932 the second byte of a character can be 0x5C, which is the backslash.
+TEST_F(Paths, TrailBytesAreNoSeparators) {
+    ASSERT_EQ(XHostSetCodePage(932), 1);
+    EXPECT_EQ(Translated("C:\\\x83\\\\a"), "/\x83\\/a");
+    XCString out;
+    XFileSpec(XCString("C:\\dir\\\x83\\a")).GetName(out);
+    EXPECT_STREQ(out, "\x83\\a");
+    XFileSpec(XCString("C:\\\x83\\a\\b")).GetPosixStylePath(out);
+    EXPECT_STREQ(out, "/C:/\x83\\a/b");
+
+    const Scratch scratch;
+    XFile file = FileAt(scratch.Path("\x83\\"));
+    EXPECT_EQ(file.Create(), 1);
+    EXPECT_TRUE(std::filesystem::exists(scratch.Host("\x83\\")));
+    EXPECT_TRUE(MatchesWildcards("\x83\\.a", "?.a"));
+}
+
+TEST_F(Paths, PatternsMatchNames) {
+    const struct {
+        const char* pattern;
+        const char* name;
+        bool matches;
+    } cases[] = {
+        {"*", "a", true},
+        {"*.*", "a", true},
+        {"*.*", "a.b.c", true},
+        {"a*", "a", true},
+        {"*a*b*", "xaxxbx", true},
+        {"*ab", "aab", true},
+        {"*ab*", "aacab", true},
+        {"a?c", "abc", true},
+        {"a?c", "ac", false},
+        {"abc??", "abc", true},
+        {"a.*", "a", true},
+        {"a.*", "ab", false},
+        {"*.txt", "a.txt", true},
+        {"*.txt", "a.txt2", false},
+        {"*.txt", ".txt", true},
+        {"A*", "a", false},
+        {"*?", "", true},
+        {"a", "b", false},
+        {"a*b*c*d", "abcabcabe", false},
+    };
+    for (const auto& [pattern, name, matches] : cases) {
+        EXPECT_EQ(MatchesWildcards(name, pattern), matches) << pattern << " and " << name;
+    }
+}
+
+}  // namespace veldt::tests

@@ -13,3 +13,10 @@
 #else
 #define VELDT20_API __attribute__((visibility("default")))
 #endif
+
+// Off Windows a host tells the library about its surroundings through host.h.
+#if defined(_WIN32)
+#define VELDT20_HAS_HOST 0
+#else
+#define VELDT20_HAS_HOST 1
+#endif

@@ -8,6 +8,6 @@
 #include <veldt20/numerics.h>
 #include <veldt20/strings.h>
 #include <veldt20/utilities.h>
-#if !defined(_WIN32)
+#if VELDT20_HAS_HOST
 #include <veldt20/host.h>
 #endif

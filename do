@@ -1,23 +1,126 @@
 #!/usr/bin/env bash
-# The verbs of daily work. `./do` alone lists them.
+# The verbs of daily work. `./do help` lists them.
 set -euo pipefail
-cd "$(dirname "$0")"
+cd "$(dirname "$(realpath "$0")")"
+. scripts/common.sh
+
+# What the build of each preset needs, as Debian packages.
+need_for() {
+    local packages=(cmake ninja-build g++ googletest pkg-config)
+    case $1 in
+        i386 | bench-i386) packages+=(g++-multilib) ;;
+        windows) packages+=(g++-mingw-w64-i686-posix) ;;
+        bench) packages+=(libbenchmark-dev) ;;
+        fuzz) packages+=(clang) ;;
+    esac
+    need "${packages[@]}"
+}
 
 # build PRESET [TARGET...]
 build() {
     local preset=$1
     shift
-    [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset"
-    cmake --build --preset "$preset" ${1:+--target "$@"}
+    need_for "$preset"
+    [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >&2
+    cmake --build --preset "$preset" ${1:+--target "$@"} >&2
+}
+
+# run_tests PRESET [COMMAND...]: ctest, behind COMMAND if given. The last line counts the cases.
+run_tests() {
+    local preset=$1 status=0
+    shift
+    build "$preset"
+    find "build/$preset" -path '*/results/*.xml' -delete
+    rm -f "build/$preset/ctest.xml"
+    "$@" ctest --preset "$preset" --parallel "$(nproc)" --no-tests=error \
+        --output-junit "$PWD/build/$preset/ctest.xml" </dev/null || status=$?
+    [ -f "build/$preset/ctest.xml" ] || die "$preset: the tests could not be run"
+    scripts/test-report "$preset" || status=1
+    return "$status"
+}
+
+tracked() { git ls-files -- "$@"; }
+
+verb_setup() {
+    need_for native
+    need_for i386
+    need_for windows
+    need_for bench
+    need clang-format clang-tidy shellcheck doxygen abigail-tools
+    scripts/wine-root
+}
+
+verb_run() {
+    build native veldt-replay
+    exec build/native/tools/veldt-replay --verify "${@:-examples/traces/perl.trace}"
 }
 
 verb_test() {
     local preset=${1:-native}
-    build "$preset"
-    ctest --preset "$preset"
+    case $preset in
+        windows) verb_test-windows ;;
+        *) run_tests "$preset" ;;
+    esac
 }
 
-case ${1:-} in
-    test) shift; verb_test "$@" ;;
-    *) echo "usage: ./do test [PRESET]"; exit 2 ;;
-esac
+verb_test-windows() {
+    scripts/wine-root
+    run_tests windows scripts/wine --session
+}
+
+verb_bench() {
+    build bench
+    local program
+    for program in build/bench/bench/bench_*; do
+        [ -x "$program" ] && "$program" "$@"
+    done
+}
+
+verb_docs() {
+    need doxygen
+    doxygen docs/Doxyfile
+}
+
+verb_format() {
+    need clang-format
+    tracked '*.h' '*.cpp' | xargs -r clang-format -i
+}
+
+verb_tidy() {
+    need clang-tidy
+    build native
+    [ $# -gt 0 ] || mapfile -t sources < <(tracked 'src/*.cpp' ':!src/platform/windows')
+    printf '%s\n' "${@:-${sources[@]}}" |
+        xargs -r -P "$(nproc)" -n 1 clang-tidy --quiet -p build/native
+}
+
+verb_check() {
+    need clang-format shellcheck
+    local status=0
+    scripts/check-layers || status=1
+    tracked '*.h' '*.cpp' | xargs -r clang-format --dry-run --Werror || status=1
+    shellcheck -x ./do .ci/run scripts/* || status=1
+    [ "$status" -eq 0 ] && say "check: all in order"
+    return "$status"
+}
+
+verb_help() {
+    cat <<'END'
+usage: ./do VERB
+  setup          install what all the verbs below need, and make the tree for Wine
+  run [TRACE]    build veldt-replay and replay a real program's memory on this heap
+  test [PRESET]  build and run the tests of a preset (native if none is named)
+  test-windows   build VELDT20.dll and run all tests under Wine
+  bench          build and run the benchmarks
+  docs           the reference of the exported interface, into build/docs
+  format         clang-format every file in place
+  tidy [FILE...] clang-tidy on src/
+  check          layers, format, shell scripts
+The presets stand in CMakePresets.json: native, i386, windows, asan, tsan, coverage, ...
+END
+}
+
+verb=${1:-help}
+[ $# -eq 0 ] || shift
+declare -F "verb_$verb" >/dev/null || { verb_help >&2; exit 2; }
+"verb_$verb" "$@"

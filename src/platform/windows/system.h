@@ -7,18 +7,22 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
-// <oleauto.h> wants parts of <windows.h> that the lean one leaves out.
-#include <objbase.h>
-#include <oleauto.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
+// Two calls of <oleauto.h>, which itself brings in much and takes names such as `byte`.
+extern "C" {
+__declspec(dllimport) WCHAR* WINAPI SysAllocStringLen(const WCHAR* source, UINT length);
+__declspec(dllimport) void WINAPI SysFreeString(WCHAR* string);
+}
+
 namespace veldt::platform {
 
+using BSTR = WCHAR*;
+
 using ::BOOL;
-using ::BSTR;
 using ::BYTE;
 using ::CRITICAL_SECTION;
 using ::DWORD;

@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/posix/locks.h"
+
 namespace veldt::platform {
 
 using BOOL = int;
@@ -44,34 +46,20 @@ struct MEMORY_BASIC_INFORMATION {
 
 /// With MEM_RESERVE and no address: `size` bytes, a multiple of 64 KB, on a 64 KB boundary. With
 /// MEM_COMMIT and an address inside a reservation: makes those bytes, in 4096-byte steps,
-/// readable and writable; fresh ones are not promised to be zero. Null on failure, also for a
-/// range that leaves the reservation.
+/// readable and writable; fresh ones are not promised to be zero. The range begins no further up
+/// than what is committed reaches. Null on failure, also for a range that leaves the reservation.
 void* VirtualAlloc(void* address, SIZE_T size, DWORD type, DWORD protection);
 
-/// MEM_DECOMMIT takes the memory of the range and keeps the reservation; MEM_RELEASE, with the base
-/// and size 0, gives the whole reservation back. 0 on failure.
+/// MEM_DECOMMIT takes the memory of the range, the last of what is committed, and keeps the
+/// reservation; MEM_RELEASE, with the base and size 0, gives the whole reservation back. 0 on
+/// failure.
 BOOL VirtualFree(void* address, SIZE_T size, DWORD type);
 
 /// Asked for the base of a reservation only. Gives the bytes written to `info`, 0 on failure.
 SIZE_T VirtualQuery(const void* address, MEMORY_BASIC_INFORMATION* info, SIZE_T length);
 
-// Locks and threads (locks.h, locks.cpp) -------------------------------------------------------
-
-/// A lock that its holder may enter again. Nobody else's wanting it costs a few nanoseconds.
-struct CRITICAL_SECTION {
-    std::uint32_t owner;  ///< the holder's thread number, 0 when free; the word waited on
-    std::uint32_t waiters;
-    std::uint32_t depth;  ///< entries of the holder
-    std::uint32_t reserved[3];
-};
-static_assert(sizeof(CRITICAL_SECTION) == 24);
-
-void InitializeCriticalSection(CRITICAL_SECTION* section);
-void EnterCriticalSection(CRITICAL_SECTION* section);
-void LeaveCriticalSection(CRITICAL_SECTION* section);
-void DeleteCriticalSection(CRITICAL_SECTION* section);
-
-DWORD GetCurrentThreadId();
+// Locks and threads: CRITICAL_SECTION, InitializeCriticalSection, EnterCriticalSection,
+// LeaveCriticalSection, DeleteCriticalSection, GetCurrentThreadId ------------- (posix/locks.h)
 
 // Pointer tests (pointer_tests.cpp) ------------------------------------------------------------
 
@@ -235,9 +223,11 @@ inline constexpr DWORD ERROR_INVALID_NAME = 123;
 inline constexpr DWORD ERROR_NEGATIVE_SEEK = 131;
 inline constexpr DWORD ERROR_SEEK_ON_DEVICE = 132;
 inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
+inline constexpr DWORD ERROR_NOT_LOCKED = 158;
 inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
 inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
 inline constexpr DWORD ERROR_FILE_TOO_LARGE = 223;
+inline constexpr DWORD ERROR_INVALID_ADDRESS = 487;
 inline constexpr DWORD ERROR_NOACCESS = 998;
 inline constexpr DWORD ERROR_FILE_INVALID = 1006;
 inline constexpr DWORD ERROR_IO_DEVICE = 1117;

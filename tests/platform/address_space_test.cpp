@@ -132,7 +132,7 @@ TEST(AddressSpace, BehavesLikeTheModelUnderRandomUse) {
     SCOPED_TRACE(testing::Message() << "seed " << seed);
     const auto before = faults::CountAddressSpace();
     Model model(seed);
-    for (int step = 0; step < 20000; ++step) {
+    for (int step = 0; step < 6000; ++step) {
         model.Step();
         if (testing::Test::HasFatalFailure()) return;
         if (step % 16 != 0) continue;

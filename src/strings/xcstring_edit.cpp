@@ -25,9 +25,9 @@ void XCString::SetAt(int index, char character) {
 void XCString::ReplaceChar(char oldCharacter, char newCharacter) {
     CopyBeforeWrite();
     for (char* p = characters_; *p != 0; ++p) {
-        const auto byte = static_cast<unsigned char>(*p);
+        const auto code = static_cast<unsigned char>(*p);
         // No code page has a lead byte in ASCII, so that plain text costs no call.
-        if (byte >= 0x80 && veldt::platform::IsDBCSLeadByte(byte)) {
+        if (code >= 0x80 && veldt::platform::IsDBCSLeadByte(code)) {
             ++p;
             if (*p == 0) return;
         } else if (*p == oldCharacter) {

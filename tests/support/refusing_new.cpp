@@ -1,5 +1,6 @@
 #include "support/refusing_new.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -8,7 +9,7 @@ namespace {
 
 long requestsUntilRefusal = 0;  // 0: none is refused
 bool refused = false;
-long liveBlocks = 0;
+std::atomic<long> liveBlocks = 0;  // threads may end, and free, at any time
 
 void* Request(std::size_t size) {
     if (requestsUntilRefusal > 0 && --requestsUntilRefusal == 0) {

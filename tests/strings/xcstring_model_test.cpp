@@ -1,0 +1,332 @@
+// A million random operations on strings that share buffers, against std::string for the texts and
+// a plain model of sharing for the buffers. One in eight runs out of memory: nothing may change
+// then.
+#include <gtest/gtest.h>
+#include <veldt20/strings.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <random>
+#include <string>
+
+#include "strings/open_string.h"
+#include "support/refusing_new.h"
+#include "support/seed.h"
+
+namespace {
+
+using veldt::tests::OpenString;
+using veldt::tests::RefusedNew;
+
+std::string Terminated(const std::string& text) {
+    return text.c_str();
+}
+
+bool IsSpace(char c) {
+    return c == ' ' || (c >= 9 && c <= 13);
+}
+
+char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+struct Buffer {
+    std::string text;
+    int capacity;
+    int count = 1;
+    const char* address = nullptr;  // not known until the real string is looked at
+};
+
+/// What a string is on: a buffer, or none while it is on the one that all empty strings share.
+class Model {
+  public:
+    Model() = default;
+    Model(const Model& from) {
+        if (from.on && from.on->count >= 0) {
+            on = from.on;
+            ++on->count;
+        } else {
+            Assign(Terminated(from.Text()));
+        }
+    }
+    ~Model() { Release(); }
+
+    std::string Text() const { return on ? on->text : std::string(); }
+    int Length() const { return static_cast<int>(Text().size()); }
+    bool Locked() const { return on && on->count < 0; }
+    bool Fits(int length) const {
+        return on ? on->count <= 1 && length <= on->capacity : length == 0;
+    }
+    void Release() {
+        if (on && --on->count <= 0) delete on;
+        on = nullptr;
+    }
+    void Replace(std::string text, int capacity) {
+        Release();
+        if (capacity > 0) on = new Buffer{std::move(text), capacity};
+    }
+    void Assign(std::string text) {
+        const int length = static_cast<int>(text.size());
+        if (!Fits(length)) Replace("", length);
+        if (on) on->text = std::move(text);
+    }
+    Model& operator=(const Model& from) {
+        if (on == from.on) return *this;
+        if (!from.on || from.Locked() || Locked()) {
+            Assign(from.Text());
+        } else {
+            Release();
+            on = from.on;
+            ++on->count;
+        }
+        return *this;
+    }
+    void Append(const std::string& text) {
+        const std::string all = Text() + text;
+        const int length = static_cast<int>(all.size());
+        if (text.empty()) return;
+        if (!Fits(length)) Replace("", length);
+        on->text = all;
+    }
+    void Own() {
+        if (on && on->count > 1) Replace(Text(), Length());
+    }
+    void Reserve(int capacity) {
+        if (!Fits(capacity)) Replace(Text(), std::max(capacity, Length()));
+    }
+    /// Changes a text in place, if it changes, or even if not.
+    void Edit(const std::string& text, bool always = false) {
+        if (text == Text() && !always) return;
+        Own();
+        if (on) on->text = text;
+    }
+
+    Buffer* on = nullptr;
+};
+
+class Driver {
+  public:
+    explicit Driver(unsigned int seed) : random_(seed) {}
+
+    void Step() {
+        const std::size_t a = Below(kStrings), b = Below(kStrings);
+        OpenString& s = strings_[a];
+        Model& m = models_[a];
+        if (m.Length() > 600) {
+            Try([&] { s.Empty(); }, [&] { Empty(m); });
+        } else if (Below(2) == 0) {
+            Assignments(s, m, strings_[b], models_[b]);
+        } else {
+            Edits(s, m);
+        }
+    }
+
+    void Check() {
+        for (std::size_t i = 0; i < kStrings; ++i) {
+            const OpenString& s = strings_[i];
+            Buffer* on = models_[i].on;
+            const std::string text = models_[i].Text();
+            const char* address = s;
+            ASSERT_EQ(s.GetLength(), models_[i].Length());
+            ASSERT_EQ(std::memcmp(address, text.c_str(), text.size() + 1), 0);
+            ASSERT_EQ(s.GetAllocLength(), on ? on->capacity : 0);
+            ASSERT_EQ(s.GetData()->refCount, on ? on->count : -1);
+            if (on && !on->address) on->address = address;
+            ASSERT_EQ(address, on ? on->address : static_cast<const char*>(XGetEmptyString()));
+        }
+        CheckReading(strings_[0], Terminated(models_[0].Text()));
+    }
+
+  private:
+    static constexpr std::size_t kStrings = 6;
+
+    std::size_t Below(std::size_t bound) { return random_() % bound; }
+
+    std::string Word() {
+        static const char alphabet[] = {'a', 'b', 'A', 'Z', ' ', '\r', '\x85', 'c', 0, 'b', 'a'};
+        std::string text(Below(Below(20) == 0 ? 200 : 9), 0);
+        for (char& c : text) c = alphabet[Below(sizeof(alphabet))];
+        return text;
+    }
+
+    /// Runs out of memory now and then: an exception must have left all as it was.
+    template <typename Real, typename Expected>
+    void Try(Real real, Expected expected) {
+        bool threw = false;
+        bool refused;
+        {
+            const RefusedNew refusal(Below(8) == 0 ? 1 + static_cast<long>(Below(3)) : 0);
+            try {
+                real();
+            } catch (const std::bad_alloc&) {
+                threw = true;
+            }
+            refused = refusal.Happened();
+        }
+        ASSERT_EQ(threw, refused);
+        if (!threw) expected();
+    }
+
+    static void Empty(Model& m) {
+        if (m.Locked()) {
+            m.on->text.clear();
+        } else {
+            m.Release();
+        }
+    }
+
+    void Assignments(OpenString& s, Model& m, OpenString& other, Model& otherModel) {
+        const std::string w = Word(), t = Terminated(w), all = m.Text();
+        const std::size_t i = Below(all.size() + 1);
+        const std::string tail = Terminated(all.substr(i));
+        const int n = static_cast<int>(Below(20)) - 4, size = static_cast<int>(w.size());
+        std::string prefixed = static_cast<char>(w.size()) + w;
+        const auto* pascal = reinterpret_cast<const unsigned char*>(prefixed.data());
+        std::u16string wide(t.begin(), t.end());
+        for (char16_t& c : wide) c &= 0x7F;
+        auto* units = reinterpret_cast<unsigned short*>(wide.data());
+        const auto part = [&](const std::string& text) {
+            Model made;
+            made.Assign(text);
+            m = made;
+        };
+        const std::string o = otherModel.Text();
+        const auto kept =
+            std::clamp<std::size_t>(n < 0 ? 0 : static_cast<std::size_t>(n), 0, o.size());
+        const char* own = s;
+        // clang-format off
+        switch (Below(18)) {
+            case 0: return Try([&] { s = other; }, [&] { m = otherModel; });
+            case 1: return Try([&] { const XCString copy(other); s = copy; }, [&] { Model copy(otherModel); m = copy; });
+            case 2: return Try([&] { s = t.c_str(); }, [&] { m.Assign(t); });
+            case 3: return Try([&] { s = pascal; }, [&] { m.Assign(w); });
+            case 4: return Try([&] { s = 'c'; }, [&] { m.Assign("c"); });
+            case 5: return Try([&] { s = units; }, [&] { m.Assign({wide.begin(), wide.end()}); });
+            case 6: return Try([&] { s = XCString(units); }, [&] { part({wide.begin(), wide.end()}); });
+            case 7: return Try([&] { s = XCString(w.data(), size); }, [&] { part(w); });
+            case 8: return Try([&] { s = own + i; }, [&] { m.Assign(tail); });
+            case 9: return Try([&] { s = other.Left(n); }, [&] { part(o.substr(0, kept)); });
+            case 10: return Try([&] { s = other.Right(n); }, [&] { part(o.substr(o.size() - kept)); });
+            case 11: return Try([&] { s = other.SpanExcluding("c "); },
+                                [&] { part(Terminated(o).substr(0, Terminated(o).find_first_of("c "))); });
+            case 12: return Try([&] { s += other; }, [&] { m.Append(o); });
+            case 13: return Try([&] { s += t.c_str(); }, [&] { m.Append(t); });
+            case 14: return Try([&] { s += pascal; }, [&] { m.Append(w); });
+            case 15: return Try([&] { s += '\0'; }, [&] { m.Append(std::string(1, 0)); });
+            case 16: return Try([&] { s += own + i; }, [&] { m.Append(tail); });
+            default: return Try([&] { s = static_cast<const char*>(nullptr); }, [&] { m.Assign(""); });
+        }
+        // clang-format on
+    }
+
+    void Edits(OpenString& s, Model& m) {
+        const std::string w = Word(), all = m.Text(), head = Terminated(all);
+        const std::string rest = all.substr(head.size());
+        const int room = static_cast<int>(w.size() + Below(4));
+        const std::size_t i = all.empty() ? 0 : Below(all.size());
+        std::string changed = head;
+        const auto write = [&](char* to) { std::memcpy(to, w.c_str(), w.size() + 1); };
+        switch (Below(12)) {
+            case 0:
+                return Try([&] { s.Empty(); }, [&] { Empty(m); });
+            case 1:
+                if (all.empty()) return;
+                (changed = all)[i] = 'x';
+                return Try([&] { s.SetAt(static_cast<int>(i), 'x'); },
+                           [&] { m.Edit(changed, true); });
+            case 2:
+                std::replace(changed.begin(), changed.end(), 'a', '\0');
+                return Try([&] { s.ReplaceChar('a', 0); }, [&] { m.Edit(changed + rest, true); });
+            case 3:
+                std::transform(head.begin(), head.end(), changed.begin(), Lower);
+                return Try([&] { s.MakeLower(); }, [&] { m.Edit(changed + rest); });
+            case 4: {
+                const auto first = std::find_if_not(all.begin(), all.end(), IsSpace);
+                return Try([&] { s.TrimLeft(); }, [&] { m.Edit({first, all.end()}); });
+            }
+            case 5: {
+                const auto end = std::find_if_not(all.rbegin(), all.rend(), IsSpace).base();
+                return Try([&] { s.TrimRight(); }, [&] { m.Edit({all.begin(), end}); });
+            }
+            case 6:
+            case 7: {
+                const bool counted = Below(2) == 0;
+                return Try(
+                    [&] {
+                        write(s.GetBuffer(room));
+                        s.ReleaseBuffer(counted ? static_cast<int>(w.size()) : -1);
+                    },
+                    [&] {
+                        m.Reserve(room);
+                        m.Edit(counted ? w : Terminated(w));
+                    });
+            }
+            case 8:
+                return Try([&] { write(s.GetBufferSetLength(static_cast<int>(w.size()))); },
+                           [&] {
+                               m.Reserve(static_cast<int>(w.size()));
+                               m.Edit(w);
+                           });
+            case 9:
+                return Try([&] { s.FreeExtra(); },
+                           [&] {
+                               if (m.on && m.Length() != m.on->capacity) m.Replace(all, m.Length());
+                           });
+            case 10:
+                return Try([&] { s.LockBuffer(); },
+                           [&] {
+                               m.Reserve(0);
+                               if (m.on) m.on->count = -1;
+                           });
+            default:
+                if (!m.on || m.on->count > 1) return;
+                return Try([&] { s.UnlockBuffer(); }, [&] { m.on->count = 1; });
+        }
+    }
+
+    void CheckReading(const OpenString& s, const std::string& text) {
+        const auto index = [](std::size_t found) {
+            return found == std::string::npos ? -1 : static_cast<int>(found);
+        };
+        std::string other = Terminated(Word());
+        if (Below(2) == 0 && !text.empty()) (other = text)[Below(text.size())] = 'z';
+        const std::string needle = other.substr(0, 2);
+        ASSERT_EQ(s.Find(needle.c_str()), index(text.find(needle)));
+        ASSERT_EQ(s.Find('b'), index(text.find('b')));
+        ASSERT_EQ(s.Find('\0'), static_cast<int>(text.size()));
+
+        const auto ends = std::mismatch(text.c_str(), text.c_str() + text.size() + 1, other.c_str(),
+                                        other.c_str() + other.size() + 1);
+        const bool equal = ends.first == text.c_str() + text.size() + 1;
+        const int order =
+            equal                                                                            ? 0
+            : static_cast<signed char>(*ends.first) < static_cast<signed char>(*ends.second) ? -1
+                                                                                             : 1;
+        ASSERT_EQ(s.Compare(other.c_str()), order);
+        const bool less = s < other.c_str(), atLeast = other.c_str() <= s;
+        ASSERT_EQ(less, order < 0);
+        ASSERT_EQ(atLeast, order >= 0);
+    }
+
+    std::mt19937 random_;
+    std::array<OpenString, kStrings> strings_;
+    std::array<Model, kStrings> models_;
+};
+
+TEST(XCStringModel, AMillionOperations) {
+    const long before = veldt::tests::LiveBlocks();
+    {
+        const auto driver = std::make_unique<Driver>(veldt::tests::Seed());
+        for (int step = 0; step < 1000000; ++step) {
+            driver->Step();
+            driver->Check();
+            ASSERT_FALSE(HasFatalFailure()) << "at step " << step;
+        }
+    }
+    EXPECT_EQ(veldt::tests::LiveBlocks(), before);
+}
+
+}  // namespace

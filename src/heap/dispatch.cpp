@@ -14,58 +14,37 @@ namespace veldt::heap {
 
 namespace {
 
-/// The page of a block in use, or null. Beyond the page this tells a variable-size block that is
-/// free already, and most addresses inside a block.
-HeapPage* PageOfBlock(char* block) {
-    HeapPage* page = LivePage(block);
-    if (page == nullptr) {
-        return nullptr;
-    }
-    bool isBlock = false;
+/// Whether `block` can be a block in use of its live page. Beyond the page this tells a
+/// variable-size block that is free already, and most addresses inside a block.
+bool IsBlockOf(const HeapPage* page, char* block) {
     switch (KindOf(page)) {
         case kKindFixed:
-            isBlock = block < page->carveEnd;
-            break;
+            return block < page->carveEnd;
         case kKindLarge:
-            isBlock = OffsetInUnit(block) == kPageHeader;
-            break;
+            return OffsetInUnit(block) == kPageHeader;
         default:
-            isBlock = OffsetInUnit(block) % kGranule == 0 && block > FirstBlock(page) &&
-                      block < page->sentinel && InUse(HeaderOfData(block));
+            return OffsetInUnit(block) % kGranule == 0 && InUse(HeaderOfData(block));
     }
-    return isBlock ? page : nullptr;
 }
 
 /// The same for a block that no handle owns.
-HeapPage* PageOfPointer(char* block) {
-    HeapPage* page = PageOfBlock(block);
-    if (page == nullptr) {
-        return nullptr;
-    }
+bool IsPointerOf(const HeapPage* page, char* block) {
     switch (KindOf(page)) {
         case kKindFixed:
-            return page;
+            return block < page->carveEnd;
         case kKindLarge:
-            return page->ownerSlot == nullptr ? page : nullptr;
-        default:
-            return (HeaderOf(HeaderOfData(block)) & kBlockRelocatable) == 0 ? page : nullptr;
+            return OffsetInUnit(block) == kPageHeader && page->ownerSlot == nullptr;
+        default: {
+            constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
+            return OffsetInUnit(block) % kGranule == 0 &&
+                   (HeaderOf(HeaderOfData(block)) & kOwned) == kBlockInUse;
+        }
     }
 }
 
 void ZeroFrom(char* block, std::uint32_t from, std::uint32_t to) {
     if (from < to) {
         std::memset(block + from, 0, to - from);
-    }
-}
-
-std::uint32_t BlockSizeIn(HeapPage* page, char* block) {
-    switch (KindOf(page)) {
-        case kKindFixed:
-            return page->pool->fixedSize;
-        case kKindLarge:
-            return RegionSize(page) - kPageHeader;
-        default:
-            return DataSize(HeaderOfData(block));
     }
 }
 
@@ -93,6 +72,18 @@ std::uint16_t ResizeLarge(HeapPage* page, char** result, std::uint32_t size, std
 
 }  // namespace
 
+std::uint32_t UsableSize(char* block) {
+    HeapPage* page = PageBase(block);
+    switch (KindOf(page)) {
+        case kKindFixed:
+            return page->pool->fixedSize;
+        case kKindLarge:
+            return RegionSize(page) - kPageHeader;
+        default:
+            return DataSize(HeaderOfData(block));
+    }
+}
+
 char* PoolAlloc(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
     if (!IsLivePool(pool)) {
         HeapErrorDispatch(nullptr, MEM_BAD_MEM_POOL);
@@ -116,8 +107,8 @@ char* PoolAlloc(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
 }
 
 int PoolFree(char* block) {
-    HeapPage* page = PageOfPointer(block);
-    if (page == nullptr) {
+    HeapPage* page = LivePage(block);
+    if (page == nullptr || !IsPointerOf(page, block)) {
         HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
         return 0;
     }
@@ -127,12 +118,12 @@ int PoolFree(char* block) {
 }
 
 std::uint32_t PoolBlockSize(char* block) {
-    HeapPage* page = PageOfBlock(block);
-    if (page == nullptr) {
+    HeapPage* page = LivePage(block);
+    if (page == nullptr || !IsBlockOf(page, block)) {
         HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
         return kNoSize;
     }
-    return BlockSizeIn(page, block);
+    return UsableSize(block);
 }
 
 std::uint16_t PoolResizeCore(char** result, char* block, std::uint32_t size, std::uint32_t flags) {
@@ -157,8 +148,8 @@ std::uint16_t PoolResizeCore(char** result, char* block, std::uint32_t size, std
 }
 
 char* PoolResize(char* block, std::uint32_t size, std::uint32_t flags) {
-    HeapPage* page = PageOfPointer(block);
-    if (page == nullptr) {
+    HeapPage* page = LivePage(block);
+    if (page == nullptr || !IsPointerOf(page, block)) {
         HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
         return nullptr;
     }

@@ -61,13 +61,22 @@ inline void ReleasePoolLock(HeapPool* pool) {
 
 class [[nodiscard]] PoolHold {
   public:
-    explicit PoolHold(HeapPool* pool) : pool_(pool) { TakePoolLock(pool); }
-    ~PoolHold() { ReleasePoolLock(pool_); }
+    explicit PoolHold(HeapPool* pool)
+        : pool_((pool->flags & PoolSerialised) != 0 ? pool : nullptr) {
+        if (pool_ != nullptr) [[unlikely]] {
+            TakePoolLock(pool_);
+        }
+    }
+    ~PoolHold() {
+        if (pool_ != nullptr) [[unlikely]] {
+            ReleasePoolLock(pool_);
+        }
+    }
     PoolHold(const PoolHold&) = delete;
     PoolHold& operator=(const PoolHold&) = delete;
 
   private:
-    HeapPool* pool_;
+    HeapPool* pool_;  ///< null where there is no lock to hold
 };
 
 class [[nodiscard]] HandleHold {

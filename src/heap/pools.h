@@ -32,6 +32,8 @@ char* PoolAlloc(HeapPool* pool, std::uint32_t size, std::uint32_t flags);
 int PoolFree(char* block);
 /// Usable bytes; kNoSize on a bad pointer.
 std::uint32_t PoolBlockSize(char* block);
+/// The same of what is known to be a block in use.
+std::uint32_t UsableSize(char* block);
 /// The block, perhaps elsewhere; null with the old block as it was.
 char* PoolResize(char* block, std::uint32_t size, std::uint32_t flags);
 /// 0: finished, in place or with the new address in `*result`. Else the block must move, and this

@@ -67,41 +67,37 @@ char* CutFree(HeapPage* page, char* block, std::uint16_t need, std::uint32_t fla
     return TakeHighEnd(block, need, rest);
 }
 
+/// What the search does on coming back to where it started: slides the page if that may help, and
+/// else gives null with freeHint corrected.
+[[gnu::noinline]] char* SearchEnds(HeapPage* page, std::uint16_t need, std::uint32_t flags,
+                                   std::uint16_t largest) {
+    const auto compactPage = page->pool->compactPage;
+    if ((flags & (AllocRelocatable | AllocNoCompact)) == AllocRelocatable &&
+        compactPage != nullptr && compactPage(page, need, nullptr) >= need &&
+        page->rover != nullptr) {
+        return page->rover;
+    }
+    page->link->freeHint = largest & kFreeSizeMask;
+    return nullptr;
+}
+
 /// The block that the search from the rover gives, or null with freeHint corrected.
-char* SearchPage(HeapPage* page, std::uint16_t need, std::uint32_t flags) {
+inline char* SearchPage(HeapPage* page, std::uint16_t need, std::uint32_t flags) {
     char* const start = page->rover;
     char* block = start;
     std::uint16_t largest = 0;
     // A header's low bits can't decide this: need is a multiple of the granule.
-    while (HeaderOf(block) < need) {
-        largest = std::max(largest, HeaderOf(block));
+    for (std::uint16_t word = HeaderOf(block); word < need; word = HeaderOf(block)) {
+        largest = std::max(largest, word);
         block = RingNext(block);
         if (block == start) {
-            const auto compactPage = page->pool->compactPage;
-            if ((flags & (AllocRelocatable | AllocNoCompact)) == AllocRelocatable &&
-                compactPage != nullptr && compactPage(page, need, nullptr) >= need &&
-                page->rover != nullptr) {
-                return page->rover;
-            }
-            page->link->freeHint = largest & kFreeSizeMask;
-            return nullptr;
+            return SearchEnds(page, need, flags, largest);
         }
     }
     return block;
 }
 
-char* TryLink(HeapPool* pool, PageLink* link, std::uint16_t need, std::uint32_t flags) {
-    if (need > link->freeHint) {
-        return nullptr;
-    }
-    char* data = VariablePageAlloc(link->page, need, flags);
-    if (data != nullptr) {
-        pool->pageLists[KindOf(link->page)] = link;
-    }
-    return data;
-}
-
-/// The block that the walk of the ring from its head gives, or null. A page that is tried in vain
+/// The block that the walk of the ring behind its head gives, or null. A page that is tried in vain
 /// has its hint lowered, so the search goes on from the head each time.
 char* SearchRing(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_t flags) {
     PageLink* head = pool->pageLists[kind];
@@ -109,12 +105,43 @@ char* SearchRing(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_
         return nullptr;
     }
     const auto mayServe = [need](const Offer& offer) { return offer.hint >= need; };
-    for (PageLink* link = head; link != nullptr; link = RingFirstBehind(head, mayServe)) {
-        if (char* data = TryLink(pool, link, need, flags); data != nullptr) {
+    while (PageLink* link = RingFirstBehind(head, mayServe)) {
+        if (char* data = VariablePageAlloc(link->page, need, flags); data != nullptr) {
+            pool->pageLists[kind] = link;
             return data;
         }
     }
     return nullptr;
+}
+
+inline char* TryHead(const HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_t flags) {
+    const PageLink* head = pool->pageLists[kind];
+    return head != nullptr && need <= head->freeHint ? VariablePageAlloc(head->page, need, flags)
+                                                     : nullptr;
+}
+
+/// What VariableAlloc does when the page that served last has no room.
+[[gnu::noinline]] char* AllocBeyondHead(HeapPool* pool, PageKind kind, std::uint16_t need,
+                                        std::uint32_t flags) {
+    char* data = SearchRing(pool, kind, need, flags);
+    while (data == nullptr) {
+        if ((flags & (AllocRelocatable | AllocNoCompact)) == AllocRelocatable &&
+            pool->compactPool != nullptr && pool->compactPool(pool, need) >= need) {
+            flags |= AllocNoCompact;
+        } else if ((flags & AllocNoNewPage) != 0 ||
+                   PageAcquire(pool, kind, pool->pageSize, 0) == nullptr) {
+            break;
+        }
+        data = TryHead(pool, kind, need, flags);
+    }
+    if (data != nullptr) {
+        return data;
+    }
+    const std::uint64_t rounded = RoundUp<std::uint64_t>(need, kCommitStep);
+    if ((flags & AllocNoLarge) != 0 || pool->footprint + rounded > pool->ceiling) {
+        return nullptr;
+    }
+    return LargeAlloc(pool, flags, need);
 }
 
 }  // namespace
@@ -138,25 +165,8 @@ std::uint16_t VariablePageInit(HeapPage* page, std::uint32_t pageSize) {
 char* VariableAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
     const auto kind = static_cast<PageKind>(flags & AllocRelocatable);
     const std::uint16_t need = BlockSizeFor(size);
-    char* data = SearchRing(pool, kind, need, flags);
-    while (data == nullptr) {
-        if ((flags & (AllocRelocatable | AllocNoCompact)) == AllocRelocatable &&
-            pool->compactPool != nullptr && pool->compactPool(pool, need) >= need) {
-            flags |= AllocNoCompact;
-        } else if ((flags & AllocNoNewPage) != 0 ||
-                   PageAcquire(pool, kind, pool->pageSize, 0) == nullptr) {
-            break;
-        }
-        data = TryLink(pool, pool->pageLists[kind], need, flags);
-    }
-    if (data != nullptr) {
-        return data;
-    }
-    const std::uint64_t rounded = RoundUp<std::uint64_t>(need, kCommitStep);
-    if ((flags & AllocNoLarge) != 0 || pool->footprint + rounded > pool->ceiling) {
-        return nullptr;
-    }
-    return LargeAlloc(pool, flags, need);
+    char* data = TryHead(pool, kind, need, flags);
+    return data != nullptr ? data : AllocBeyondHead(pool, kind, need, flags);
 }
 
 char* VariablePageAlloc(HeapPage* page, std::uint16_t need, std::uint32_t flags) {

@@ -24,7 +24,7 @@ std::int16_t MemNewPtr(char** p, std::uint32_t size, std::int16_t clear) {
     if (block == nullptr) {
         return SetMemError(kMemFull);
     }
-    WriteExcess(block, PoolBlockSize(block), size);
+    WriteExcess(block, UsableSize(block), size);
     *p = block;
     return SetMemError(0);
 }
@@ -47,7 +47,7 @@ std::int16_t MemSetPtrSize(char* p, std::uint32_t size) {
     if (size > kLargestSize || PoolResize(p, size + kExcessSize, ResizeNoMove) == nullptr) {
         return SetMemError(kMemFull);
     }
-    WriteExcess(p, PoolBlockSize(p), size);
+    WriteExcess(p, UsableSize(p), size);
     return SetMemError(0);
 }
 

@@ -88,16 +88,19 @@ int MessageBoxA(void* owner, const char* text, const char* caption, UINT style);
 
 // Global memory (global_memory.cpp) ------------------------------------------------------------
 
-inline constexpr UINT GMEM_FIXED = 0x0;
 inline constexpr UINT GMEM_MOVEABLE = 0x2;
 inline constexpr UINT GMEM_ZEROINIT = 0x40;
 inline constexpr UINT GMEM_SHARE = 0x2000;
 
-/// Moveable blocks only: an opaque name with a lock count. Every call takes constant time, and
-/// refuses a stale, null or invented name without a fault.
+/// Moveable blocks only: an opaque name with a lock count. Every call takes constant time but for
+/// the bytes it moves or clears, and refuses a stale, null or invented name without a fault. A
+/// block of no bytes has a name but can't be locked.
 HGLOBAL GlobalAlloc(UINT flags, SIZE_T size);
+/// The same name; null if there is no room, and then the block is as it was. A locked block never
+/// moves: it finds room where it is or not at all.
 HGLOBAL GlobalReAlloc(HGLOBAL block, SIZE_T size, UINT flags);
 void* GlobalLock(HGLOBAL block);
+/// Whether the block is still locked. 0 with a last error of 0 says that it is locked no more.
 BOOL GlobalUnlock(HGLOBAL block);
 /// Null on success, the name itself on failure.
 HGLOBAL GlobalFree(HGLOBAL block);
@@ -223,6 +226,7 @@ inline constexpr DWORD ERROR_INVALID_NAME = 123;
 inline constexpr DWORD ERROR_NEGATIVE_SEEK = 131;
 inline constexpr DWORD ERROR_SEEK_ON_DEVICE = 132;
 inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
+inline constexpr DWORD ERROR_DISCARDED = 157;
 inline constexpr DWORD ERROR_NOT_LOCKED = 158;
 inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
 inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;

@@ -15,6 +15,9 @@ void LimitCommitted(std::uint64_t bytes);
 /// kNever lifts it.
 void FailVirtualAlloc(std::uint64_t n, bool onward = false);
 
+/// The same for GlobalAlloc and GlobalReAlloc.
+void FailGlobalAlloc(std::uint64_t n, bool onward = false);
+
 struct AddressSpaceCounts {
     std::uint64_t allocCalls;      ///< VirtualAlloc since the start, refused ones included
     std::uint64_t systemCalls;     ///< made for address space since the start

@@ -1,3 +1,6 @@
+// Numbers: 16.16 fixed point, and the floating-point toolbox XFp with its decimal conversions.
+//
+// Nothing here allocates, locks or reports: a failure shows in the value alone.
 #pragma once
 
-#include <veldt20/export.h>
+#include <veldt20/fixed_point.h>

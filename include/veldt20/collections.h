@@ -1,5 +1,5 @@
 // Arrays and lists that know nothing of what they hold.
 #pragma once
 
-#include <veldt20/intrusive_list.h>
-#include <veldt20/pointer_list.h>
+#include <veldt20/collections_intrusive_list.h>
+#include <veldt20/collections_pointer_list.h>

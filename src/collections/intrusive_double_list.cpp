@@ -1,4 +1,4 @@
-#include <veldt20/intrusive_list.h>
+#include <veldt20/collections_intrusive_list.h>
 
 #include "collections/links.h"
 

@@ -1,7 +1,7 @@
 // Link fields inside the caller's elements.
 #pragma once
 
-#include <veldt20/position.h>
+#include <veldt20/collections_position.h>
 
 #include <cstring>
 

@@ -1,4 +1,4 @@
-#include <veldt20/pointer_list.h>
+#include <veldt20/collections_pointer_list.h>
 
 #include <new>
 

@@ -1,4 +1,4 @@
-#include <veldt20/long_geometry.h>
+#include <veldt20/geometry_long.h>
 
 #include <cstddef>
 

@@ -1,4 +1,4 @@
-#include <veldt20/native_geometry.h>
+#include <veldt20/geometry_native.h>
 
 #include <cstddef>
 

@@ -1,4 +1,4 @@
-#include <veldt20/short_geometry.h>
+#include <veldt20/geometry_short.h>
 
 #include <cstddef>
 

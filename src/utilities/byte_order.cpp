@@ -1,4 +1,4 @@
-#include <veldt20/byte_order.h>
+#include <veldt20/utilities_byte_order.h>
 
 #include <cstring>
 

@@ -1,4 +1,4 @@
-#include <veldt20/object_utilities.h>
+#include <veldt20/utilities_objects.h>
 
 #include <bit>
 

@@ -1,5 +1,5 @@
 #include <gtest/gtest.h>
-#include <veldt20/intrusive_list.h>
+#include <veldt20/collections_intrusive_list.h>
 
 #include <algorithm>
 #include <array>
@@ -106,6 +106,10 @@ TEST(IntrusiveLists, ConstructServesRawMemoryAndForgetsAChain) {
         EXPECT_EQ(*field, &a);
         EXPECT_EQ(list->GetCount(), 2);
     }
+    list->RemoveAll();
+    EXPECT_EQ(list->GetCount(), 0);
+    EXPECT_EQ(list->GetHead(), nullptr);
+    EXPECT_EQ(b.nextA, &a);
 }
 
 /// One of the lists that the elements are on, and what it must hold.

@@ -1,5 +1,5 @@
 #include <gtest/gtest.h>
-#include <veldt20/pointer_list.h>
+#include <veldt20/collections_pointer_list.h>
 
 #include <algorithm>
 #include <cstdint>

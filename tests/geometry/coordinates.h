@@ -1,8 +1,8 @@
 // The rectangle classes seen alike: an order of fields and a point class for each.
 #pragma once
 
-#include <veldt20/long_geometry.h>
-#include <veldt20/short_geometry.h>
+#include <veldt20/geometry_long.h>
+#include <veldt20/geometry_short.h>
 
 #include <cstdint>
 #include <limits>

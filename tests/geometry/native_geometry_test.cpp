@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
-#include <veldt20/long_geometry.h>
-#include <veldt20/short_geometry.h>
+#include <veldt20/geometry_long.h>
+#include <veldt20/geometry_short.h>
 
 #include <array>
-#include <bit>
 
 #include "platform/platform.h"
 
@@ -13,11 +12,7 @@ using Corners = std::array<int, 4>;  // top, left, bottom, right
 using Place = std::array<int, 2>;    // y, x
 
 Corners Of(const auto& r) {
-    return {r.top, r.left, r.bottom, r.right};
-}
-Corners Of(const tagRECT& r) {
-    return {static_cast<int>(r.top), static_cast<int>(r.left), static_cast<int>(r.bottom),
-            static_cast<int>(r.right)};
+    return {int{r.top}, int{r.left}, int{r.bottom}, int{r.right}};
 }
 Corners Of(const _SMALL_RECT& r) {
     return {r.Top, r.Left, r.Bottom, r.Right};
@@ -74,10 +69,8 @@ TEST(NativeGeometry, PlatformPointsByName) {
 }
 
 TEST(NativeGeometry, PointsTakeTheHorizontalFirstAndStoreItSecond) {
-    EXPECT_EQ((std::bit_cast<std::array<std::int16_t, 2>>(XPoint(3, 4))),
-              (std::array<std::int16_t, 2>{4, 3}));
-    EXPECT_EQ((std::bit_cast<std::array<std::int32_t, 2>>(XLongPoint(3, 4))),
-              (std::array<std::int32_t, 2>{4, 3}));
+    EXPECT_EQ(At(XPoint(3, 4)), (Place{4, 3}));
+    EXPECT_EQ(At(XLongPoint(3, 4)), (Place{4, 3}));
 }
 
 TEST(NativeGeometry, NativeRecordsWidenWithTheirSignAndNarrowWithout) {

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <ostream>
 
 #include "geometry/coordinates.h"
@@ -83,33 +85,27 @@ TYPED_TEST(Rectangles, RandomAgainstWideArithmetic) {
     }
 }
 
-TEST(RectangleFields, AreTakenInTheirOrder) {
-    XRect shortRect(1, 2, 3, 4);
-    EXPECT_EQ(Widen(shortRect), (Wide{1, 2, 3, 4}));
-    shortRect.Set(5, 6, 7, 8);
-    EXPECT_EQ(Widen(shortRect), (Wide{5, 6, 7, 8}));
-    EXPECT_EQ(shortRect.TopLeft().y, 5);
-    EXPECT_EQ(shortRect.TopLeft().x, 6);
-    EXPECT_EQ(shortRect.BotRight().y, 7);
-    EXPECT_EQ(shortRect.BotRight().x, 8);
-    XLongRect longRect(1, 2, 3, 4);
-    EXPECT_EQ(Widen(longRect), (Wide{1, 2, 3, 4}));
-    longRect.Set(5, 6, 7, 8);
-    EXPECT_EQ(Widen(longRect), (Wide{5, 6, 7, 8}));
-    EXPECT_EQ(longRect.TopLeft().y, 5);
-    EXPECT_EQ(longRect.TopLeft().x, 6);
-    EXPECT_EQ(longRect.BotRight().y, 7);
-    EXPECT_EQ(longRect.BotRight().x, 8);
-}
-
-TEST(RectangleFields, LongOnesAreEqualInAllFour) {
-    const XLongRect rect(1, 2, 3, 4);
-    EXPECT_EQ(rect == XLongRect(1, 2, 3, 4), 1);
-    EXPECT_EQ(rect != XLongRect(1, 2, 3, 4), 0);
-    for (const XLongRect& other : {XLongRect(0, 2, 3, 4), XLongRect(1, 0, 3, 4),
-                                   XLongRect(1, 2, 0, 4), XLongRect(1, 2, 3, 0)}) {
-        EXPECT_EQ(rect == other, 0);
-        EXPECT_EQ(rect != other, 1);
+TYPED_TEST(Rectangles, FieldsAreTakenInTheirOrder) {
+    using Rect = typename TypeParam::Rect;
+    using Fields = std::array<typename TypeParam::Coordinate, 4>;
+    using Corner = std::array<typename TypeParam::Coordinate, 2>;
+    Rect rect(1, 2, 3, 4);
+    EXPECT_EQ(std::bit_cast<Fields>(rect), (Fields{1, 2, 3, 4}));
+    rect.Set(5, 6, 7, 8);
+    EXPECT_EQ(std::bit_cast<Fields>(rect), (Fields{5, 6, 7, 8}));
+    EXPECT_EQ(std::bit_cast<Corner>(rect.TopLeft()), (Corner{5, 6}));
+    if constexpr (requires { rect.BotRight(); }) {
+        EXPECT_EQ(std::bit_cast<Corner>(rect.BotRight()), (Corner{7, 8}));
+    }
+    if constexpr (requires { rect == rect; }) {
+        EXPECT_EQ(rect == Rect(5, 6, 7, 8), 1);
+        EXPECT_EQ(rect != Rect(5, 6, 7, 8), 0);
+        for (std::size_t field = 0; field < 4; ++field) {
+            Fields other{5, 6, 7, 8};
+            ++other[field];
+            EXPECT_EQ(rect == std::bit_cast<Rect>(other), 0);
+            EXPECT_EQ(rect != std::bit_cast<Rect>(other), 1);
+        }
     }
 }
 

@@ -1,5 +1,5 @@
 #include <gtest/gtest.h>
-#include <veldt20/byte_order.h>
+#include <veldt20/utilities_byte_order.h>
 
 #include <cstdint>
 #include <cstring>

@@ -1,5 +1,5 @@
 #include <gtest/gtest.h>
-#include <veldt20/object_utilities.h>
+#include <veldt20/utilities_objects.h>
 
 #include <cstdint>
 #include <limits>

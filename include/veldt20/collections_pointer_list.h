@@ -1,8 +1,8 @@
 // A singly linked list of untyped pointers that owns its nodes.
 #pragma once
 
+#include <veldt20/collections_position.h>
 #include <veldt20/export.h>
-#include <veldt20/position.h>
 
 /// A short list of things that can't carry links of their own: values are untyped pointers, null
 /// among them, each in a node from `operator new`. What the values point to belongs to the caller.

@@ -5,7 +5,7 @@
 #pragma once
 
 #include <veldt20/export.h>
-#include <veldt20/native_geometry.h>
+#include <veldt20/geometry_native.h>
 
 #include <cstdint>
 

@@ -70,8 +70,8 @@ class VELDT20_API XRTObject {
     void* data_;
 };
 
-/// Hands out up to 32 identifiers from a base on, the lowest free one first. A copy has the same base
-/// and the same ones taken, and goes on by itself.
+/// Hands out up to 32 identifiers from a base on, the lowest free one first. A copy has the same
+/// base and the same ones taken, and goes on by itself.
 class VELDT20_API XIDSet {
   public:
     /// Identifiers `base` to `base` + 31, all free; beyond 32 bits they wrap.

@@ -17,8 +17,8 @@
 // elements can't hold links, XSinglePtrList keeps nodes of its own.
 #pragma once
 
+#include <veldt20/collections_position.h>
 #include <veldt20/export.h>
-#include <veldt20/position.h>
 
 /// One link an element. Everything is O(1) but RemoveAt other than at the head and FindIndex, which
 /// walk from the head; where elements leave from anywhere, take XIntrusiveDoubleList.

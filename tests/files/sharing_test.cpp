@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <cstring>
+#include <thread>
 #include <vector>
 
 #include "files/children.h"
@@ -124,6 +124,29 @@ TEST_F(Sharing, StaleHandlesAreRefused) {
     EXPECT_EQ(platform::CloseHandle(nullptr), 0);
     EXPECT_EQ(platform::CloseHandle(&mark), 0);
     EXPECT_EQ(scratch_.Content("a"), "0");
+}
+
+// Different objects are independent, also where one thread's handle takes another's old place.
+TEST_F(Sharing, ThreadsWithFilesOfTheirOwnDoNotMeet) {
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([&, number] {
+            XFile file = FileAt(scratch_.Path(std::to_string(number)));
+            EXPECT_EQ(file.Create(), 1);
+            for (int round = 0; round < 300; ++round) {
+                EXPECT_EQ(file.Open(XFile::PermissionReadWrite), 1);
+                EXPECT_EQ(file.Write(&number, sizeof number, round, 0), sizeof number);
+                int found = -1;
+                EXPECT_EQ(file.Read(&found, sizeof found, round, 0), sizeof found);
+                EXPECT_EQ(found, number);
+                EXPECT_EQ(file.Close(), 1);
+                XFile shared = FileAt(path_);
+                if (shared.Open(XFile::PermissionRead) != 0) shared.Close();
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    ExpectFree(path_);
 }
 
 // Processes add to a number in the file, take turns by its share mode alone, and lose nothing.

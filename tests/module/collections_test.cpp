@@ -1,0 +1,135 @@
+#include <gtest/gtest.h>
+#include <veldt20/collections.h>
+
+#include <cstddef>
+#include <new>
+
+namespace {
+
+struct Element {
+    void* next = nullptr;
+    void* previous = nullptr;
+};
+
+class OpenPointerList : public XSinglePtrList {
+  public:
+    using XSinglePtrList::SplitAfter;
+};
+
+class OpenSingleList : public XIntrusiveSingleList {
+  public:
+    using XIntrusiveSingleList::GetNextPtr;
+    using XIntrusiveSingleList::XIntrusiveSingleList;
+};
+
+class OpenDoubleList : public XIntrusiveDoubleList {
+  public:
+    using XIntrusiveDoubleList::GetNextPtr;
+    using XIntrusiveDoubleList::GetPrevPtr;
+    using XIntrusiveDoubleList::XIntrusiveDoubleList;
+};
+
+TEST(PointerList, KeepsTheOrder) {
+    int values[4];
+    OpenPointerList list;
+    EXPECT_EQ(list.IsEmpty(), 1);
+    __XPOSITION* const first = list.AddHead(&values[0]);
+    __XPOSITION* const second = list.InsertAfter(first, &values[1]);
+    list.InsertAfter(second, &values[2]);
+    EXPECT_EQ(list.GetCount(), 3);
+    EXPECT_EQ(list.GetHeadPosition(), first);
+    EXPECT_EQ(list.GetHead(), &values[0]);
+    EXPECT_EQ(list.GetAt(second), &values[1]);
+    EXPECT_EQ(list.Find(&values[1], nullptr), second);
+    EXPECT_EQ(list.FindIndex(1), second);
+
+    const XSinglePtrList& fixed = list;
+    EXPECT_EQ(fixed.GetHead(), &values[0]);
+    EXPECT_EQ(fixed.GetAt(second), &values[1]);
+    __XPOSITION* place = first;
+    EXPECT_EQ(fixed.GetNext(place), &values[0]);
+    EXPECT_EQ(list.GetNext(place), &values[1]);
+    EXPECT_EQ(fixed.GetNext(place), &values[2]);
+    EXPECT_EQ(place, nullptr);
+
+    OpenPointerList rest;
+    list.SplitAfter(first, rest);
+    EXPECT_EQ(list.GetCount(), 1);
+    EXPECT_EQ(rest.GetCount(), 2);
+    rest.SetAt(second, &values[3]);
+    EXPECT_EQ(rest.RemoveHead(), &values[3]);
+    EXPECT_EQ(rest.RemoveAt(rest.GetHeadPosition()), &values[2]);
+    list.RemoveAll();
+    EXPECT_EQ(list.IsEmpty(), 1);
+}
+
+// An assigned list names the nodes of the other one, so only one of the two may come to its end.
+TEST(PointerList, AssignmentShares) {
+    int value;
+    XSinglePtrList list;
+    list.AddHead(&value);
+    alignas(XSinglePtrList) std::byte storage[sizeof(XSinglePtrList)];
+    auto* const shared = new (storage) XSinglePtrList;
+    *shared = list;
+    EXPECT_EQ(shared->GetHeadPosition(), list.GetHeadPosition());
+}
+
+TEST(IntrusiveSingleList, ChainsElements) {
+    Element elements[3];
+    OpenSingleList list(0);
+    list.Construct(offsetof(Element, next));
+    EXPECT_EQ(list.IsEmpty(), 1);
+    __XPOSITION* const first = list.AddHead(&elements[0]);
+    __XPOSITION* const second = list.InsertAfter(first, &elements[1]);
+    EXPECT_EQ(list.GetCount(), 2);
+    EXPECT_EQ(list.GetHead(), &elements[0]);
+    EXPECT_EQ(list.GetHeadPosition(), first);
+    EXPECT_EQ(list.GetAt(second), &elements[1]);
+    EXPECT_EQ(list.Find(&elements[1], nullptr), second);
+    EXPECT_EQ(list.FindIndex(1), second);
+    EXPECT_EQ(*list.GetNextPtr(&elements[0]), &elements[1]);
+    __XPOSITION* place = first;
+    EXPECT_EQ(list.GetNext(place), &elements[0]);
+    EXPECT_EQ(place, second);
+
+    XIntrusiveSingleList copy(list);
+    EXPECT_EQ(copy.GetHead(), &elements[0]);
+    copy = list;
+    EXPECT_EQ(list.RemoveAt(second), &elements[1]);
+    EXPECT_EQ(list.RemoveHead(), &elements[0]);
+    list.AddHead(&elements[2]);
+    list.RemoveAll();
+    EXPECT_EQ(list.GetCount(), 0);
+}
+
+TEST(IntrusiveDoubleList, ChainsElementsBothWays) {
+    Element elements[4];
+    OpenDoubleList list(offsetof(Element, next), offsetof(Element, previous));
+    EXPECT_EQ(list.IsEmpty(), 1);
+    __XPOSITION* const first = list.AddHead(&elements[1]);
+    __XPOSITION* const last = list.AddTail(&elements[2]);
+    list.InsertBefore(first, &elements[0]);
+    list.InsertAfter(last, &elements[3]);
+    EXPECT_EQ(list.GetCount(), 4);
+    EXPECT_EQ(list.GetHead(), &elements[0]);
+    EXPECT_EQ(list.GetTail(), &elements[3]);
+    EXPECT_EQ(list.GetAt(list.GetHeadPosition()), &elements[0]);
+    EXPECT_EQ(list.Find(&elements[2], nullptr), last);
+    EXPECT_EQ(list.FindIndex(2), last);
+    EXPECT_EQ(*list.GetNextPtr(&elements[0]), &elements[1]);
+    EXPECT_EQ(*list.GetPrevPtr(&elements[1]), &elements[0]);
+    __XPOSITION* place = list.GetTailPosition();
+    EXPECT_EQ(list.GetPrev(place), &elements[3]);
+    EXPECT_EQ(list.GetNext(place), &elements[2]);
+
+    XIntrusiveDoubleList copy(list);
+    EXPECT_EQ(copy.GetTail(), &elements[3]);
+    copy = list;
+    EXPECT_EQ(list.RemoveTail(), &elements[3]);
+    EXPECT_EQ(list.RemoveHead(), &elements[0]);
+    EXPECT_EQ(list.RemoveAt(last), &elements[2]);
+    list.RemoveAll();
+    EXPECT_EQ(list.IsEmpty(), 1);
+}
+
+}  // namespace

@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+#include <veldt20/geometry.h>
+
+#include "platform_structures.h"
+
+namespace {
+
+TEST(Geometry, NativeRecordsConvert) {
+    XNRect rect{1, 2, 3, 4};
+    const XNRect& fixed = rect;
+    EXPECT_EQ(&TopLeft(rect), &TopLeft(fixed));
+    EXPECT_EQ(TopLeft(rect).y, 1);
+    EXPECT_EQ(&BotRight(rect), &BotRight(fixed));
+    EXPECT_EQ(BotRight(fixed).x, 4);
+
+    tagRECT wide{};
+    _SMALL_RECT small{};
+    XNRect back{};
+    XNRectToRECT(rect, wide);
+    EXPECT_EQ(wide.left, 2);
+    RECTToXNRect(wide, back);
+    EXPECT_EQ(back.bottom, 3);
+    XNRectToSRect(rect, small);
+    EXPECT_EQ(small.Bottom, 3);
+    SRectToXNRect(small, back);
+    EXPECT_EQ(back.right, 4);
+    wide = {};
+    SRectToRECT(small, wide);
+    EXPECT_EQ(wide.right, 4);
+    tagPOINT point{};
+    XNPoint native{};
+    XNPointToPOINT({5, 6}, point);
+    EXPECT_EQ(point.x, 6);
+    POINTToXNPoint(point, native);
+    EXPECT_EQ(native.y, 5);
+}
+
+TEST(Geometry, ShortRectanglesMeet) {
+    const XRect made(0, 0, 10, 20);
+    const tagRECT wide{0, 0, 20, 10};
+    EXPECT_EQ(XRect(wide).right, 20);
+    XRect rect(XNRect{made.top, made.left, made.bottom, made.right});
+    EXPECT_EQ(rect.TopLeft().x, 0);
+    EXPECT_EQ(rect.BotRight().y, 10);
+    rect += XPoint(5, 5);
+    rect -= XPoint(XNPoint{1, 2});
+    rect -= XPoint(tagPOINT{1, 2});
+    XNRect common{};
+    EXPECT_EQ(rect.SectRect(made, common), 1);
+    EXPECT_EQ(common.top, 2);
+    EXPECT_EQ(common.left, 2);
+    rect &= made;
+    EXPECT_EQ(rect.bottom, 10);
+    EXPECT_EQ(rect.IsEmpty(), 0);
+    EXPECT_EQ(rect.IsValid(), 1);
+    rect.Set(3, 3, 3, 3);
+    EXPECT_EQ(rect.IsEmpty(), 1);
+}
+
+TEST(Geometry, LongRectanglesMeet) {
+    const XLongRect made(0, 0, 100000, 200000);
+    XLongRect rect(XNRect{0, 0, 10, 20});
+    rect.Set(0, 0, 100000, 200000);
+    EXPECT_EQ(rect == made, 1);
+    EXPECT_EQ(rect != made, 0);
+    rect += XLongPoint(5, 5);
+    rect -= XLongPoint(XNPoint{1, 2});
+    EXPECT_EQ(rect.TopLeft().x, 3);
+    EXPECT_EQ(rect.BotRight().y, 100004);
+    XNRect common{};
+    EXPECT_EQ(rect.SectRect(made, common), 1);
+    EXPECT_EQ(common.top, 4);
+    rect &= XLongRect(0, 0, 10, 10);
+    EXPECT_EQ(rect.IsEmpty(), 0);
+    EXPECT_EQ(rect.IsValid(), 1);
+    rect.ToNativeRect(common);
+    EXPECT_EQ(common.right, 10);
+}
+
+}  // namespace

@@ -1,0 +1,75 @@
+#include <gtest/gtest.h>
+#include <veldt20/memory.h>
+
+#include <cstring>
+
+namespace {
+
+class Memory : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_EQ(XMemInitInstance(), 1); }
+    void TearDown() override { XMemExitInstance(); }
+};
+
+TEST_F(Memory, PointersStayWhereTheyAre) {
+    char* const p = _XNewPtr(100);
+    ASSERT_NE(p, nullptr);
+    EXPECT_EQ(XMemError(), 0);
+    EXPECT_EQ(XGetPtrSize(p), 100);
+    EXPECT_EQ(XStripAddress(p), p);
+    std::memset(p, 'p', 100);
+    _XSetPtrSize(p, 50);
+    EXPECT_EQ(XGetPtrSize(p), 50);
+    EXPECT_EQ(p[49], 'p');
+
+    char* const clear = _XNewPtrClear(3);
+    ASSERT_NE(clear, nullptr);
+    EXPECT_EQ(clear[0] | clear[1] | clear[2], 0);
+    XDisposePtr(clear);
+    XDisposePtr(p);
+    EXPECT_EQ(XMemError(), 0);
+    XDisposePtr(nullptr);
+    EXPECT_EQ(XMemError(), kMemBadBlock);
+}
+
+TEST_F(Memory, HandlesKeepTheirBytesWhereverTheyMove) {
+    char** const h = _XNewHandle(1000);
+    char** const clear = _XNewHandleClear(10);
+    ASSERT_NE(h, nullptr);
+    ASSERT_NE(clear, nullptr);
+    EXPECT_EQ((*clear)[9], 0);
+    std::memset(*h, 'h', 1000);
+    ASSERT_EQ(_XSetHandleSize(h, 5000), 1);
+    EXPECT_EQ(XGetHandleSize(h), 5000);
+    XDisposeHandle(clear);
+    XMemCompactHeap();
+    EXPECT_EQ((*h)[0], 'h');
+    EXPECT_EQ((*h)[999], 'h');
+    XEmptyHandle(h);
+    EXPECT_EQ(XGetHandleSize(h), 0);
+    XHPurge(h);
+    XHNoPurge(h);
+    XDisposeHandle(h);
+    EXPECT_EQ(XMemError(), 0);
+}
+
+TEST_F(Memory, LocksAreCounted) {
+    char** const h = _XNewHandle(10);
+    ASSERT_NE(h, nullptr);
+    const char free = XHGetState(h);
+    XHLock(h);
+    XHLock(h);
+    EXPECT_EQ(XHGetState(h), 2);
+    XHSetState(h, free);
+    EXPECT_EQ(XHGetState(h), 0);
+    XMoveHHi(h);
+    EXPECT_EQ(XHGetState(h), 1);
+    const char* const locked = *h;
+    XMemCompactHeap();
+    EXPECT_EQ(*h, locked);
+    XHUnlock(h);
+    EXPECT_EQ(XHGetState(h), 0);
+    XDisposeHandle(h);
+}
+
+}  // namespace

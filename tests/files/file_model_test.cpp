@@ -133,6 +133,7 @@ TEST(FileModel, PositionsAndSizesHave64Bits) {
     EXPECT_EQ(file.Read(edge, 4, 0x40000000, 1), 1u);
     EXPECT_EQ(file.GetError(), XFile::ErrorEndOfFile);
     EXPECT_EQ(file.Read(edge, 4, -1, INT32_MAX), 0u);
+    platform::SetLastError(0);
 
     std::int32_t low = 0;
     std::int32_t high = 0;

@@ -6,6 +6,8 @@
 #include <random>
 #include <string>
 
+#include "platform.h"
+
 namespace {
 
 class Files : public testing::Test {
@@ -15,6 +17,7 @@ class Files : public testing::Test {
             directory_ = std::filesystem::temp_directory_path() /
                          ("veldt20-module-" + std::to_string(std::random_device{}()));
         } while (!std::filesystem::create_directory(directory_));
+        ClearPendingError();
     }
     ~Files() override {
         std::error_code ignored;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <veldt20/geometry.h>
 
-#include "platform_structures.h"
+#include "platform.h"
 
 namespace {
 

@@ -5,7 +5,9 @@
 
 namespace {
 
-int Answer(const char*, const char*, unsigned int) { return 2; }
+int Answer(const char*, const char*, unsigned int) {
+    return 2;
+}
 
 TEST(Host, TellsTheLibraryAboutItsSurroundings) {
     EXPECT_EQ(XHostSetCodePage(1), 0);

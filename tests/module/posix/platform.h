@@ -1,4 +1,6 @@
-// The platform's points and rectangles, as a host that is not Windows gets them.
+// What a program on the module alone needs of the platform, off Windows.
 #pragma once
 
 #include <veldt20/host.h>
+
+inline void ClearPendingError() {}

@@ -1,4 +1,4 @@
-// The platform's points and rectangles.
+// What a program on the module alone needs of the platform.
 #pragma once
 
 #define WIN32_LEAN_AND_MEAN
@@ -6,3 +6,8 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
+
+// A last error that other code left on this thread would count as the next file operation's own.
+inline void ClearPendingError() {
+    SetLastError(0);
+}

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform_structures.h"
+#include "platform.h"
 
 namespace {
 
@@ -14,9 +14,9 @@ class VersionResource : public testing::Test {
         DWORD ignored = 0;
         data_.resize(GetFileVersionInfoSizeA("VELDT20.dll", &ignored));
         ASSERT_FALSE(data_.empty());
-        ASSERT_NE(GetFileVersionInfoA("VELDT20.dll", 0, static_cast<DWORD>(data_.size()),
-                                      data_.data()),
-                  0);
+        ASSERT_NE(
+            GetFileVersionInfoA("VELDT20.dll", 0, static_cast<DWORD>(data_.size()), data_.data()),
+            0);
     }
 
     std::string Text(const std::string& name) {

@@ -48,6 +48,13 @@ DWORD MakeOpenFile(int descriptor, DWORD access, DWORD share, const struct stat&
     return 0;
 }
 
+// Before the descriptor closes: after that its number, and the slot with it, can be another
+// thread's.
+void Vacate(OpenFile& file) {
+    GiveUpShare(file);
+    file.handle.store(0, std::memory_order_release);
+}
+
 // What a round gives, in place of an error number, when it came to nothing because the name now
 // stands for another file.
 constexpr DWORD kAgain = 0xFFFFFFFF;
@@ -73,13 +80,14 @@ DWORD TryOpen(const KernelPath& path, DWORD access, DWORD share, OpenFile*& file
     if (fstat(opened.Number(), &status) != 0 || !SameFile(named, status)) return kAgain;
 
     DWORD error = MakeOpenFile(opened.Number(), access, share, status, file);
-    if (error == 0 && S_ISREG(status.st_mode)) error = TakeShare(*file);
     if (error != 0) return error;
+    if (S_ISREG(status.st_mode)) error = TakeShare(*file);
     // A deletion may have come between the opening and the share: then the file has no name any
     // more, or the name another file.
-    if (stat(path.text, &named) != 0 || !SameFile(named, status)) {
-        GiveUpShare(*file);
-        return kAgain;
+    if (error == 0 && (stat(path.text, &named) != 0 || !SameFile(named, status))) error = kAgain;
+    if (error != 0) {
+        Vacate(*file);
+        return error;
     }
     opened.Release();
     return 0;
@@ -162,11 +170,10 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD share, void*, DWORD dis
 BOOL CloseHandle(HANDLE handle) {
     OpenFile* file = FindFile(handle);
     if (file == nullptr) return EndCall(ERROR_INVALID_HANDLE);
-    GiveUpShare(*file);
-    // The number may be given to another thread as soon as it is closed, and the slot with it.
-    file->handle.store(0, std::memory_order_release);
+    const int descriptor = file->descriptor;
+    Vacate(*file);
     // Closing ends the descriptor whatever it reports; EINTR alone means nothing went wrong.
-    const bool failed = close(file->descriptor) != 0 && errno != EINTR;
+    const bool failed = close(descriptor) != 0 && errno != EINTR;
     SetLastError(failed ? ErrorFromErrno(errno, Attempt::kWriting) : 0);
     return 1;
 }

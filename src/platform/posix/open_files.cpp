@@ -42,7 +42,11 @@ OpenFile* SlotOf(int descriptor) {
     if (number >= kDescriptorLimit) return nullptr;
     Chunk* chunk = ChunkOf(number / kSlotsInChunk);
     if (chunk == nullptr) return nullptr;
-    return &chunk->slots[number % kSlotsInChunk];
+    OpenFile& file = chunk->slots[number % kSlotsInChunk];
+    // The kernel gave this number to one thread after the other; the load lets C++ know that what
+    // the last one did to the slot is over.
+    file.handle.load(std::memory_order_acquire);
+    return &file;
 }
 
 HANDLE PublishFile(OpenFile& file) {

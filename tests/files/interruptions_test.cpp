@@ -164,6 +164,13 @@ TEST_F(Interruptions, OpeningAndDeletingFindTheFileThatHasTheNameNow) {
     ExpectFailure(file_, file_.Open(XFile::PermissionRead), XFile::ErrorNotFound);
 
     scratch_.Fill("a", "old");
+    XFile holder = FileAt(path_);
+    scripted.beforeLock = [&] {
+        replace();
+        EXPECT_EQ(holder.Open(XFile::PermissionRead), 1);
+    };
+    ExpectFailure(file_, file_.Delete(), XFile::ErrorAccess);
+    EXPECT_EQ(holder.Close(), 1);
     scripted.beforeLock = replace;
     EXPECT_EQ(file_.Delete(), 1);
     EXPECT_EQ(file_.Exists(), 0);

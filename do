@@ -99,7 +99,7 @@ verb_check() {
     local status=0
     scripts/check-layers || status=1
     tracked '*.h' '*.cpp' | xargs -r clang-format --dry-run --Werror || status=1
-    shellcheck -x ./do .ci/run scripts/* || status=1
+    shellcheck -x ./do .ci/run scripts/* tests/*/*.sh || status=1
     [ "$status" -eq 0 ] && say "check: all in order"
     return "$status"
 }

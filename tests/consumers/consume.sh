@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# usage: consume.sh install BUILD WORK
+#        consume.sh KIND WORK
+#
+# Installs a build into WORK and moves the tree away from where it was installed; or builds the
+# consumer KIND against the moved tree and runs it. What the build was made with comes in CXX,
+# CXXFLAGS, TOOLCHAIN_FILE and EMULATOR.
+set -euo pipefail
+here=$(dirname "$(realpath "$0")")
+
+install_and_move() {
+    local build=$1 work=$2
+    rm -rf "$work/installed" "$work/moved"
+    cmake --install "$build" --prefix "$work/installed" >/dev/null
+    mv "$work/installed" "$work/moved"
+    if grep -rIlF -e "$work/installed" -e "$build" "$work/moved"; then
+        echo "The files above name the place where the tree was built or installed"
+        exit 1
+    fi
+}
+
+with_cmake() {
+    local kind=$1 work=$2
+    if ! {
+        cmake -S "$here/$kind" -B "$work/$kind" -G Ninja \
+            ${TOOLCHAIN_FILE:+-DCMAKE_TOOLCHAIN_FILE="$TOOLCHAIN_FILE"} \
+            -DCMAKE_PREFIX_PATH="$work/moved" -DCMAKE_CXX_FLAGS="${CXXFLAGS:-}" &&
+            cmake --build "$work/$kind"
+    } >"$work/$kind.log" 2>&1; then
+        cat "$work/$kind.log"
+        exit 1
+    fi
+}
+
+with_pkg_config() {
+    local work=$1 found
+    found=$(find "$work/moved" -name pkgconfig)
+    mkdir -p "$work/pkg_config"
+    export PKG_CONFIG_PATH=$found
+    # shellcheck disable=SC2046,SC2086  # both give a list of options
+    $CXX -std=c++20 ${CXXFLAGS:-} "$here/main.cpp" -o "$work/pkg_config/consumer" \
+        $(pkg-config --cflags --libs veldt20) \
+        "-Wl,-rpath,$(pkg-config --variable=libdir veldt20)"
+}
+
+if [ "$1" = install ]; then
+    install_and_move "$2" "$3"
+    exit
+fi
+kind=$1 work=$2
+case $kind in
+    pkg_config) with_pkg_config "$work" ;;
+    *) with_cmake "$kind" "$work" ;;
+esac
+program=$work/$kind/consumer
+[ -x "$program" ] || program=$program.exe
+said=$(${EMULATOR:-} "$program" | tr -d '\r')
+[ "$said" = "a line in a handle" ] || { echo "The consumer said: $said"; exit 1; }

@@ -4,3 +4,4 @@
 #pragma once
 
 #include <veldt20/fixed_point.h>
+#include <veldt20/floating_point.h>

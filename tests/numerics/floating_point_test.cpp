@@ -1,0 +1,164 @@
+// XFp without its decimal conversions.
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <thread>
+
+#include "numerics/rounding.h"
+
+namespace {
+
+const double kSentinel = XFp::Nan(0);
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kIeeeNan = std::numeric_limits<double>::quiet_NaN();
+
+TEST(FloatingPoint, RoundingModeIsNumberedOurWay) {
+    const Rounding restored(0);
+    EXPECT_EQ(XFp::FESetRound(2), 0);
+    EXPECT_EQ(XFp::GetRound(), 2);
+    for (const int bad : {4, -1, 9, 32767, -32768}) {
+        XFp::SetRound(static_cast<std::int16_t>(bad));
+        EXPECT_EQ(XFp::FESetRound(static_cast<std::int16_t>(bad)), 2);
+    }
+    std::thread([] { XFp::SetRound(3); }).join();
+    EXPECT_EQ(XFp::GetRound(), 2) << "another thread's mode came through";
+    // The arithmetic of both units obeys.
+    volatile double one = 1, three = 3;
+    volatile long double wideOne = 1, wideThree = 3;
+    const auto quotients = [&](int mode) {
+        const Rounding rounding(mode);
+        return std::pair<double, long double>(one / three, wideOne / wideThree);
+    };
+    EXPECT_GT(quotients(1).first, quotients(2).first);
+    EXPECT_GT(quotients(1).second, quotients(2).second);
+    EXPECT_EQ(quotients(2), quotients(3));
+    EXPECT_EQ(quotients(0).first, 1.0 / 3.0);
+}
+
+TEST(FloatingPoint, RoundsToWholeNumbers) {
+    const struct {
+        double x, rounded[4];
+        std::int32_t truncated;
+    } cases[] = {{2.5, {2, 3, 2, 2}, 2},
+                 {-2.5, {-2, -2, -3, -2}, -2},
+                 {3.5, {4, 4, 3, 3}, 3},
+                 {2.7, {3, 3, 2, 2}, 2},
+                 {-2.7, {-3, -2, -3, -2}, -2},
+                 {0x1p52 + 1, {0x1p52 + 1, 0x1p52 + 1, 0x1p52 + 1, 0x1p52 + 1}, 1},
+                 {2147483648.0, {0x1p31, 0x1p31, 0x1p31, 0x1p31}, INT32_MIN},
+                 {-0x1p32 - 5, {-0x1p32 - 5, -0x1p32 - 5, -0x1p32 - 5, -0x1p32 - 5}, -5},
+                 {0x1p62 + 0x1p10,
+                  {0x1p62 + 0x1p10, 0x1p62 + 0x1p10, 0x1p62 + 0x1p10, 0x1p62 + 0x1p10},
+                  1024},
+                 {0x1p63, {0x1p63, 0x1p63, 0x1p63, 0x1p63}, 0}};
+    for (const auto& c : cases) {
+        for (int mode = 0; mode < 4; ++mode) {
+            const Rounding rounding(mode);
+            EXPECT_EQ(XFp::RInt(c.x), c.rounded[mode]) << c.x << " in mode " << mode;
+            EXPECT_EQ(XFp::Num2LongInt(c.x), c.truncated) << c.x << " in mode " << mode;
+            EXPECT_EQ(XFp::RIntToL(c.x), XFp::Num2LongInt(c.rounded[mode])) << c.x;
+        }
+    }
+    EXPECT_TRUE(std::signbit(XFp::RInt(-0.25)));
+    EXPECT_EQ(XFp::RIntToL(kIeeeNan), 0);
+    EXPECT_EQ(XFp::RIntToL(-kInfinity), 0);
+}
+
+TEST(FloatingPoint, NotANumberIsAFiniteOne) {
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(XFp::Nan(200)), 0xC2A674E79FC3F200);
+    for (const double x : {XFp::Nan(0), XFp::Nan(200), -12345679012345.0, kIeeeNan, -kIeeeNan}) {
+        EXPECT_EQ(XFp::IsNan(x), 1) << x;
+    }
+    for (const double x : {XFp::Inf(), -XFp::Inf(), XFp::Nan(0) + 1.0, -XFp::Nan(0), 0.0}) {
+        EXPECT_EQ(XFp::IsNan(x), 0) << x;
+    }
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(XFp::Inf()), 0x7FF0000000000000);
+}
+
+TEST(FloatingPoint, LogarithmsAreExactWhereTheyCanBe) {
+    for (const double x : {0.0, -0.0, -1.0, kIeeeNan, kSentinel, -kInfinity}) {
+        EXPECT_EQ(XFp::Ln(x), kSentinel) << x;
+        EXPECT_EQ(XFp::Log2(x), kSentinel) << x;
+    }
+    EXPECT_EQ(XFp::Ln(kInfinity), kInfinity);
+    EXPECT_EQ(XFp::Ln(1.0), 0.0);
+    for (int power = -1074; power <= 1023; ++power) {
+        ASSERT_EQ(XFp::Log2(std::ldexp(1.0, power)), power);
+    }
+    // The nearest doubles to the true values.
+    EXPECT_EQ(XFp::Ln(10.0), 2.302585092994045684);
+    EXPECT_EQ(XFp::Ln(5e-324), -744.4400719213812622);
+    EXPECT_EQ(XFp::Log2(10.0), 3.321928094887362348);
+    EXPECT_EQ(XFp::Ln(1.0 + 0x1p-52), 2.220446049250312834e-16);
+}
+
+TEST(FloatingPoint, PowersRefuseWhatIsNotReal) {
+    const struct {
+        double x, y, result;
+    } cases[] = {{2, 10, 1024},
+                 {-2, 3, -8},
+                 {-2, -1, -0.5},
+                 {-8, 0.5, kSentinel},
+                 {0, 0, 1},
+                 {0, -1, kSentinel},
+                 {-0.0, -1, kSentinel},
+                 {0, -kInfinity, kSentinel},
+                 {kSentinel, 2, kSentinel},
+                 {2, kSentinel, kSentinel},
+                 {kIeeeNan, 0, kSentinel},
+                 {1, kIeeeNan, kSentinel},
+                 {-2, kInfinity, kInfinity},
+                 {-2, -kInfinity, 0},
+                 {-1, kInfinity, 1},
+                 {10, 22, 1e22},
+                 {10, 400, kInfinity},
+                 {-10, 401, -kInfinity},
+                 {2, -1074, 0x1p-1074},
+                 {10, -400, 0}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(XFp::XpwrY(c.x, c.y), c.result) << c.x << " to the power " << c.y;
+    }
+}
+
+TEST(FloatingPoint, GrowthAndPresentValue) {
+    EXPECT_EQ(XFp::Compound(0.05, 10.0), 1.628894626777442);
+    EXPECT_EQ(XFp::Compound(0.0, 123.25), 1.0);
+    EXPECT_EQ(XFp::Compound(-1.0, 0.0), 1.0);
+    EXPECT_EQ(XFp::Annuity(0.05, 10.0), 7.721734929184818);
+    EXPECT_EQ(XFp::Annuity(0.0, 12.0), 12.0);
+    EXPECT_EQ(XFp::Annuity(0.0, -700.0), -700.0);
+    EXPECT_EQ(XFp::Annuity(0.05, 0.0), 0.0);
+    EXPECT_LT(XFp::Annuity(0.05, -644.0), -8e14);
+    const double refused[] = {XFp::Compound(-1.0, -1.0),   XFp::Compound(-2.0, 0.5),
+                              XFp::Compound(kSentinel, 1), XFp::Compound(1, kIeeeNan),
+                              XFp::Annuity(0.05, -644.5),  XFp::Annuity(-1.0, 2.0),
+                              XFp::Annuity(kSentinel, 1),  XFp::Annuity(0.0, kIeeeNan)};
+    for (const double value : refused) {
+        EXPECT_EQ(value, kSentinel);
+    }
+}
+
+TEST(FloatingPoint, RandomSequence) {
+    double state = 1;
+    for (const double next : {16807.0, 282475249.0, 1622650073.0}) {
+        EXPECT_EQ(XFp::Randomx(&state), next);
+        EXPECT_EQ(state, next);
+    }
+    // The published check value of this generator: the state after 10,000 steps from 1.
+    for (int step = 3; step < 10000; ++step) {
+        XFp::Randomx(&state);
+    }
+    EXPECT_EQ(state, 1043618065.0);
+    for (const auto& [from, next] : {std::pair{0.0, 0.0},
+                                     {2147483647.0, 0.0},
+                                     {-1.0, -16807.0},
+                                     {0.5, 8403.5},
+                                     {200000.25, 1213920554.75}}) {
+        state = from;
+        EXPECT_EQ(XFp::Randomx(&state), next) << from;
+    }
+}
+
+}  // namespace

@@ -84,13 +84,10 @@ std::uint32_t UsableSize(char* block) {
     }
 }
 
-char* PoolAlloc(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
-    if (!IsLivePool(pool)) {
-        HeapErrorDispatch(nullptr, MEM_BAD_MEM_POOL);
-        return nullptr;
-    }
-    const PoolHold hold(pool);
-    flags &= ~std::uint32_t{AllocRelocatable};
+namespace {
+
+/// PoolAlloc for a pool whose lock is held, or has none.
+inline char* AllocBySize(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
     if (size > pool->fixedSize) {
         return size > pool->largeThreshold ? LargeAlloc(pool, flags, size)
                                            : VariableAlloc(pool, flags, size);
@@ -106,21 +103,58 @@ char* PoolAlloc(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
     return block;
 }
 
+// The paths that few calls take stand apart, so that the others save no registers for them.
+
+[[gnu::noinline]] char* AllocUnderLock(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
+    const PoolHold hold(pool);
+    return AllocBySize(pool, size, flags);
+}
+
+[[gnu::noinline]] void FreeUnderLock(HeapPage* page, char* block) {
+    const PoolHold hold(page->pool);
+    page->freeBlock(block);
+}
+
+[[gnu::noinline, gnu::cold]] void RaiseBadPool() {
+    HeapErrorDispatch(nullptr, MEM_BAD_MEM_POOL);
+}
+
+[[gnu::noinline, gnu::cold]] void RaiseBadPointer() {
+    HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
+}
+
+}  // namespace
+
+char* PoolAlloc(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
+    if (!IsPoolSignature(pool)) {
+        RaiseBadPool();
+        return nullptr;
+    }
+    flags &= ~std::uint32_t{AllocRelocatable};
+    if ((pool->flags & PoolSerialised) != 0) [[unlikely]] {
+        return AllocUnderLock(pool, size, flags);
+    }
+    return AllocBySize(pool, size, flags);
+}
+
 int PoolFree(char* block) {
     HeapPage* page = LivePage(block);
     if (page == nullptr || !IsPointerOf(page, block)) {
-        HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
+        RaiseBadPointer();
         return 0;
     }
-    const PoolHold hold(page->pool);
-    page->freeBlock(block);
+    if ((page->pool->flags & PoolSerialised) != 0) [[unlikely]] {
+        FreeUnderLock(page, block);
+    } else {
+        page->freeBlock(block);
+    }
     return 1;
 }
 
 std::uint32_t PoolBlockSize(char* block) {
     HeapPage* page = LivePage(block);
     if (page == nullptr || !IsBlockOf(page, block)) {
-        HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
+        RaiseBadPointer();
         return kNoSize;
     }
     return UsableSize(block);
@@ -150,7 +184,7 @@ std::uint16_t PoolResizeCore(char** result, char* block, std::uint32_t size, std
 char* PoolResize(char* block, std::uint32_t size, std::uint32_t flags) {
     HeapPage* page = LivePage(block);
     if (page == nullptr || !IsPointerOf(page, block)) {
-        HeapErrorDispatch(nullptr, MEM_BAD_POINTER);
+        RaiseBadPointer();
         return nullptr;
     }
     HeapPool* pool = page->pool;

@@ -142,6 +142,11 @@ inline bool IsPageSignature(std::uint16_t word) {
     return (word & kPageSignatureMask) == kPageSignature;
 }
 
+/// A pool, a dead one whose memory still stands, or null.
+inline bool IsPoolSignature(const HeapPool* pool) {
+    return pool != nullptr && pool->signature == kPoolSignature;
+}
+
 /// Any pointer at all.
 inline bool IsLivePool(const HeapPool* pool) {
     return (MarkAt(pool) & kMarkPool) != 0 && OffsetInUnit(pool) == 0 &&

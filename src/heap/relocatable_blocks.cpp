@@ -145,7 +145,7 @@ char* RelocBlockAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
 }
 
 HandleSlot* RelocAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
-    if (!IsLivePool(pool)) {
+    if (!IsPoolSignature(pool)) {
         HeapErrorDispatch(nullptr, MEM_BAD_MEM_POOL);
         return nullptr;
     }

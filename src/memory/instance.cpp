@@ -22,6 +22,7 @@ int XMemInitInstance() {
 
 void XMemExitInstance() {
     veldt::heap::PoolDestroy(InstancePool);
+    InstancePool = nullptr;
 }
 
 std::int16_t XMemError() {

@@ -21,7 +21,8 @@ build() {
     local preset=$1
     shift
     need_for "$preset"
-    [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >&2
+    # Each time, for what changed in the presets; it takes a second.
+    cmake --preset "$preset" --log-level=WARNING >&2
     cmake --build --preset "$preset" ${1:+--target "$@"} >&2
 }
 
@@ -68,6 +69,18 @@ verb_test-windows() {
     run_tests windows scripts/wine --session
 }
 
+# Deliberately: the lists are what a change of the exported interface is reviewed by.
+verb_exports() {
+    local preset module
+    for preset in native i386 windows; do
+        build "$preset" veldt20_shared
+        module=build/$preset/src/libVELDT20.so
+        [ "$preset" != windows ] || module=build/windows/bin/VELDT20.dll
+        scripts/exports "$module" >"tests/module/exports/$preset.txt"
+    done
+    git diff --stat -- tests/module/exports
+}
+
 verb_bench() {
     build bench
     local program
@@ -111,6 +124,7 @@ usage: ./do VERB
   run [TRACE]    build veldt-replay and replay a real program's memory on this heap
   test [PRESET]  build and run the tests of a preset (native if none is named)
   test-windows   build VELDT20.dll and run all tests under Wine
+  exports        write the committed lists of exported symbols anew
   bench          build and run the benchmarks
   docs           the reference of the exported interface, into build/docs
   format         clang-format every file in place

@@ -11,7 +11,7 @@ names() { "$here/../../scripts/exports" "$@" | cut -d' ' -f2- | sort -u; }
 functions=$(names "$1" | grep -vE '^(vtable|typeinfo|typeinfo name|VTT) for ')
 called=$(names --used-by "$2")
 not_called=$(comm -23 <(printf '%s\n' "$functions") <(printf '%s\n' "$called"))
-private=$(grep -v '^#' "$3" | sort)
+private=$(sed '/^#/d' "$3" | sort)
 status=0
 if missing=$(comm -23 <(printf '%s\n' "$not_called") <(printf '%s\n' "$private") | grep .); then
     printf 'Exported and never called by %s:\n%s\n' "$(basename "$2")" "$missing"

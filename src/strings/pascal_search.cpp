@@ -5,22 +5,15 @@
 #include <cstddef>
 #include <cstring>
 
+#include "strings/find_text.h"
 #include "strings/mismatch.h"
 
 unsigned char XPascalStrPos(const unsigned char* pattern, const unsigned char* text) {
-    const std::size_t length = pattern[0];
-    if (length == 0 || length > text[0]) return 0;
-    // `end` is behind the last place where the pattern's first byte can stand.
-    const unsigned char* end = text + 1 + (text[0] - length) + 1;
-    for (const unsigned char* p = text + 1; p < end; ++p) {
-        p = static_cast<const unsigned char*>(
-            std::memchr(p, pattern[1], static_cast<std::size_t>(end - p)));
-        if (p == nullptr) return 0;
-        if (p[length - 1] == pattern[length] && std::memcmp(p, pattern + 1, length) == 0) {
-            return static_cast<unsigned char>(p - text);
-        }
-    }
-    return 0;
+    if (pattern[0] == 0) return 0;
+    const char* characters = reinterpret_cast<const char*>(text + 1);
+    const char* found = veldt::strings::FindText(
+        characters, text[0], reinterpret_cast<const char*>(pattern + 1), pattern[0]);
+    return static_cast<unsigned char>(found != nullptr ? found - characters + 1 : 0);
 }
 
 const unsigned char* XPascalStrRScan(const unsigned char* text, unsigned char c) {

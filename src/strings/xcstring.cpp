@@ -35,7 +35,7 @@ XCString::XCString(const XCString& source) : characters_(source.characters_) {
         return;
     }
     Init();
-    if (!source.IsEmpty()) AssignCopy(SafeStrlen(source.characters_), source.characters_);
+    if (data->length != 0) AssignCopy(SafeStrlen(source.characters_), source.characters_);
 }
 
 XCString::XCString(const char* source, int count) {
@@ -82,7 +82,15 @@ const XCString& XCString::operator+=(const XCString& source) {
 }
 
 const XCString& XCString::operator+=(char character) {
-    ConcatInPlace(1, &character);
+    XCStringData* data = GetData();
+    const std::int32_t length = data->length;
+    if (data->refCount <= 1 && length < data->allocLength) {
+        characters_[length] = character;
+        characters_[length + 1] = 0;
+        data->length = length + 1;
+    } else {
+        ConcatInPlace(1, &character);
+    }
     return *this;
 }
 
@@ -135,13 +143,17 @@ void XCString::ConcatCopy(int length1, const char* source1, int length2, const c
 void XCString::ConcatInPlace(int length, const char* source) {
     if (length == 0) return;
     XCStringData* data = GetData();
-    if (data->refCount <= 1 && length <= data->allocLength - data->length) {
-        std::memmove(characters_ + data->length, source, static_cast<std::size_t>(length));
-        strings::SetLength(data, data->length + length);
+    const std::int32_t before = data->length;
+    if (data->refCount <= 1 && length <= data->allocLength - before) {
+        // There is room for a character, so that this isn't the shared empty buffer.
+        char* end = characters_ + before;
+        std::memmove(end, source, static_cast<std::size_t>(length));
+        end[length] = 0;
+        data->length = before + length;
         return;
     }
     // `source` may lie in the old buffer, which therefore lives on until the new one is complete.
-    ConcatCopy(data->length, characters_, length, source);
+    ConcatCopy(before, characters_, length, source);
     Release(data);
 }
 

@@ -1,6 +1,7 @@
 // The rectangle classes seen alike: an order of fields and a point class for each.
 #pragma once
 
+#include <veldt20/geometry_fixed.h>
 #include <veldt20/geometry_long.h>
 #include <veldt20/geometry_short.h>
 
@@ -20,6 +21,12 @@ struct Long {
     using Coordinate = std::int32_t;
     using Point = XLongPoint;
     using Rect = XLongRect;
+};
+
+struct Fixed {
+    using Coordinate = std::int32_t;
+    using Point = XFixPoint;
+    using Rect = XFixRect;
 };
 
 /// Often the same or near another, often at the ends of the range, else anything.

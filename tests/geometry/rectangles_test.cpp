@@ -17,7 +17,7 @@ void PrintTo(const Wide& w, std::ostream* stream) {
 template <class Kind>
 class Rectangles : public testing::Test {};
 
-using Kinds = testing::Types<Short, Long>;
+using Kinds = testing::Types<Short, Long, Fixed>;
 TYPED_TEST_SUITE(Rectangles, Kinds);
 
 // In all of these: top, left, bottom, right.

@@ -135,7 +135,8 @@ class VELDT20_API XFile {
     /// time just one succeeds. The arguments are not read.
     ///
     /// With an empty path the file is a temporary one: the object gets a fresh path that nothing
-    /// uses, and IsTemporary gives 1 from then on. Like any other file it lasts until Delete; a
+    /// uses, in the place where the runtime library puts such files (C:\tmp where the system is not
+    /// Windows), and IsTemporary gives 1 from then on. Like any other file it lasts until Delete: a
     /// destructor can't tell whether another object still counts on it.
     int Create(int unused1 = 0, int unused2 = 0);
     /// Makes one directory at the path; its parent must be there.

@@ -16,6 +16,7 @@ XFile::~XFile() = default;
 
 // The path comes first: it alone can run out of memory, and then nothing has changed.
 XFile& XFile::operator=(const XFile& source) {
+    if (this == &source) return *this;
     spec = source.spec;
     openState = source.openState;
     kind = source.kind;

@@ -1,10 +1,11 @@
 // Work in a process of its own, for what only shows between processes or would outlast a test.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <gtest/gtest.h>
+#include <cstdio>
 
 namespace veldt::tests {
 
@@ -13,12 +14,10 @@ namespace veldt::tests {
 template <class Work>
 pid_t StartChild(Work work) {
     const pid_t child = fork();
-    if (child == 0) {
-        work();
-        std::fflush(nullptr);
-        _exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-    return child;
+    if (child != 0) return child;
+    work();
+    std::fflush(nullptr);
+    _exit(testing::Test::HasFailure() ? 1 : 0);
 }
 
 /// Waits for a child to end; its exit status, or -1 if a signal ended it.
@@ -26,11 +25,6 @@ inline int EndOf(pid_t child) {
     int status = 0;
     EXPECT_EQ(waitpid(child, &status, 0), child);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-template <class Work>
-int InChild(Work work) {
-    return EndOf(StartChild(work));
 }
 
 }  // namespace veldt::tests

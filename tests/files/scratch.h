@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <veldt20/files.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -33,16 +34,12 @@ class Scratch {
 
     /// The host's own path of a name in it, for looking at what the library did.
     std::filesystem::path Host(const std::string& name) const { return directory_ / name; }
-
     /// The path of a name in it as the library takes it.
     std::string Path(const std::string& name) const {
         std::string path = Host(name).string();
-        for (char& letter : path) {
-            if (letter == '/') letter = '\\';
-        }
+        std::replace(path.begin(), path.end(), '/', '\\');
         return path[0] == '\\' ? "C:" + path : path;
     }
-
     void Fill(const std::string& name, const std::string& content) const {
         std::ofstream(Host(name), std::ios::binary) << content;
     }

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdarg>
 #include <utility>
 
 namespace veldt::tests {
@@ -14,25 +13,20 @@ ScriptedCalls scripted;
 
 namespace {
 
-// True if the call fails. Otherwise `size` may have become smaller.
-bool Meets(std::deque<int>& script, std::size_t& size) {
-    if (script.empty()) return false;
-    const int step = script.front();
-    script.pop_front();
+// Goes on to the real call, unless the script lets it fail. `size`, one of the arguments, can
+// become smaller first.
+template <class Function, class... Rest>
+auto Run(std::deque<int>& script, std::size_t& size, Function*, const char* name,
+         const Rest&... arguments) {
+    const int step = script.empty() ? 0 : script.front();
+    if (!script.empty()) script.pop_front();
     if (step < 0) size = std::min(size, static_cast<std::size_t>(-step));
-    if (step > 0) errno = step;
-    return step > 0;
+    const auto real = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+    errno = step;
+    return step > 0 ? -1 : real(arguments...);
 }
 
-bool Fails(std::deque<int>& script) {
-    std::size_t unused = 0;
-    return Meets(script, unused);
-}
-
-template <class Function>
-Function* Real(Function*, const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
+std::size_t noSize = 0;
 
 }  // namespace
 
@@ -42,44 +36,25 @@ using namespace veldt::tests;
 
 extern "C" {
 
-ssize_t pread64(int file, void* buffer, size_t size, off64_t position);
-ssize_t pwrite64(int file, const void* buffer, size_t size, off64_t position);
-int ftruncate64(int file, off64_t size) noexcept;
-int flock(int file, int operation) noexcept;
-int open64(const char* path, int flags, ...);
-int close(int file);
-
 ssize_t pread64(int file, void* buffer, size_t size, off64_t position) {
-    if (Meets(scripted.reads, size)) return -1;
-    return Real(pread64, "pread64")(file, buffer, size, position);
+    return Run(scripted.reads, size, pread64, "pread64", file, buffer, size, position);
 }
 
 ssize_t pwrite64(int file, const void* buffer, size_t size, off64_t position) {
-    if (Meets(scripted.writes, size)) return -1;
-    return Real(pwrite64, "pwrite64")(file, buffer, size, position);
+    return Run(scripted.writes, size, pwrite64, "pwrite64", file, buffer, size, position);
 }
 
-int ftruncate64(int file, off64_t size) noexcept {
-    return Fails(scripted.truncations) ? -1 : Real(ftruncate64, "ftruncate64")(file, size);
+int ftruncate64(int file, off64_t size) {
+    return Run(scripted.truncations, noSize, ftruncate64, "ftruncate64", file, size);
 }
 
-int flock(int file, int operation) noexcept {
+int flock(int file, int operation) {
     if (scripted.beforeLock) std::exchange(scripted.beforeLock, nullptr)();
-    return Fails(scripted.locks) ? -1 : Real(flock, "flock")(file, operation);
+    return Run(scripted.locks, noSize, flock, "flock", file, operation);
 }
 
-int open64(const char* path, int flags, ...) {
-    if (Fails(scripted.openings)) return -1;
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = va_arg(arguments, mode_t);
-    va_end(arguments);
-    return Real(open64, "open64")(path, flags, mode);
-}
-
-// Whatever it reports, the descriptor is gone.
-int close(int file) {
-    const int result = Real(close, "close")(file);
-    return Fails(scripted.closings) ? -1 : result;
+// The mode comes as one of a variable number of arguments, which are passed like any others.
+int open64(const char* path, int flags, mode_t mode) {
+    return Run(scripted.openings, noSize, open64, "open64", path, flags, mode);
 }
 }

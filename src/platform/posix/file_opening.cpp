@@ -14,7 +14,7 @@ namespace {
 // in between. Each time somebody else got on, so more than a few mean a file in heavy use.
 constexpr int kRounds = 64;
 
-// Without a file behind them to wait for: no terminal becomes ours, no device holds us up.
+// Nothing waits, neither in the opening nor later; and no terminal becomes the process's own.
 constexpr int kAlways = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 
 int AccessFlags(DWORD access) {
@@ -142,7 +142,8 @@ DWORD TryDelete(const KernelPath& path) {
     return Unlink(path);
 }
 
-DWORD Open(const char* name, DWORD access, DWORD share, DWORD disposition, OpenFile*& file) {
+DWORD OpenOrCreate(const char* name, DWORD access, DWORD share, DWORD disposition,
+                   OpenFile*& file) {
     if ((access & (GENERIC_READ | GENERIC_WRITE)) == 0) return ERROR_INVALID_PARAMETER;
     KernelPath path;
     if (const DWORD error = TranslatePath(name, path); error != 0) return error;
@@ -161,10 +162,10 @@ DWORD Open(const char* name, DWORD access, DWORD share, DWORD disposition, OpenF
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, void*, DWORD disposition, DWORD,
                    HANDLE) {
     OpenFile* file = nullptr;
-    const DWORD error = Open(path, access, share, disposition, file);
-    const HANDLE handle = error == 0 ? PublishFile(*file) : INVALID_HANDLE_VALUE;
+    const DWORD error = OpenOrCreate(path, access, share, disposition, file);
     SetLastError(error);
-    return handle;
+    if (error != 0 || file == nullptr) return INVALID_HANDLE_VALUE;
+    return PublishFile(*file);
 }
 
 BOOL CloseHandle(HANDLE handle) {

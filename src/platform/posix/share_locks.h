@@ -3,7 +3,8 @@
 // A handle that only reads and lets others read goes with others of its kind; every other handle
 // has the file to itself. The rule holds between all handles of this library, in one process and
 // in several, and a name of the file more (a hard link) makes no difference. Other programs see it
-// as an advisory lock of the whole file. The kernel drops the lock of a process that dies.
+// as an advisory lock of the whole file. The kernel drops the lock of a process that dies, once no
+// child that was forked meanwhile has the open file either.
 #pragma once
 
 #include "platform/posix/open_files.h"

@@ -43,7 +43,7 @@ bool AddressMapCover(const void* base) {
     if (ZoneOf(address) != nullptr) {
         return true;
     }
-    const std::uintptr_t number = address >> (16 + AddressZone::kUnitBits - 1) >> 1;
+    const std::uint64_t number = ZoneNumber(address);
     AddressZone* made = number < kZones ? NewZone() : nullptr;
     if (made == nullptr) {
         return false;

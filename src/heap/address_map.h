@@ -42,24 +42,27 @@ enum UnitMark : std::uint8_t {
     kMarkPool = 0x80,
 };
 
-/// The part of the map that one stretch of the address space needs, touched as it is used.
+/// The map of 4 GB of address space, touched as it is used.
 struct AddressZone {
-    static constexpr std::uint32_t kUnitBits = sizeof(void*) == 8 ? 20 : 16;
-    static constexpr std::uint32_t kUnits = 1U << kUnitBits;
+    static constexpr std::uint32_t kUnits = 1U << 16;
 
     std::uint8_t marks[kUnits];
     RingNode nodes[kUnits];
 };
 
 /// 47 bits of address on a 64-bit machine, all 32 on a 32-bit one.
-inline constexpr std::uint32_t kZones = sizeof(void*) == 8 ? 1U << (47 - 16 - 20) : 1;
+inline constexpr std::uint32_t kZones = sizeof(void*) == 8 ? 1U << (47 - 32) : 1;
 extern constinit std::atomic<AddressZone*> addressZones[kZones];
 
 /// Sees to it that the map has room for the units of [base, base + 65536). False: out of memory.
 bool AddressMapCover(const void* base);
 
+inline std::uint64_t ZoneNumber(std::uintptr_t address) {
+    return std::uint64_t{address} >> 32;
+}
+
 inline AddressZone* ZoneOf(std::uintptr_t address) {
-    const std::uintptr_t zone = address >> (16 + AddressZone::kUnitBits - 1) >> 1;
+    const std::uint64_t zone = ZoneNumber(address);
     return zone < kZones ? addressZones[zone].load(std::memory_order_acquire) : nullptr;
 }
 
@@ -96,7 +99,7 @@ inline Unit UnitOf(const void* base) {
 
 inline RingNode& NodeOf(Unit unit) {
     const std::uint32_t number = unit;
-    return addressZones[number >> AddressZone::kUnitBits]
+    return addressZones[number >> 16]
         .load(std::memory_order_relaxed)
         ->nodes[number & (AddressZone::kUnits - 1)];
 }

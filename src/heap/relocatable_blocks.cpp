@@ -260,6 +260,28 @@ std::uint32_t RelocUnlock(HandleSlot* slot) {
     return slot->lockCount;
 }
 
+int RelocChangePins(HandleSlot* slot, int mode) {
+    HeapPool* pool = ValidatedPool(slot);
+    if (pool == nullptr) {
+        return -1;
+    }
+    const PoolHold hold(pool);
+    HeapPage* page = PageBase(slot->block);
+    if (!InMoveablePlace(page)) {
+        return 0;
+    }
+    const std::uint32_t old = slot->lockCount;
+    if (mode > 0 && old == kMostLocks) {
+        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
+        return 1;
+    }
+    slot->lockCount = mode > 0 ? old + 1 : (mode == 0 || old == 0 ? 0 : old - 1);
+    if ((old != 0) != (slot->lockCount != 0)) {
+        CountPin(page, old == 0);
+    }
+    return 1;
+}
+
 char* RelocFix(HandleSlot* slot) {
     HeapPool* pool = ValidatedPool(slot);
     if (pool == nullptr) {

@@ -23,6 +23,10 @@ HandleSlot* RelocResize(HandleSlot* slot, std::uint32_t size, std::uint32_t flag
 char* RelocLock(HandleSlot* slot);
 /// The new count, or kNoCount (error 6).
 std::uint32_t RelocUnlock(HandleSlot* slot);
+/// Changes the pins of a block in a moveable place, in one look: `mode` 1 adds one (error 6 beyond
+/// 255), -1 takes one if there is one, 0 takes all. 1; 0, and nothing changed, in a fixed place; -1
+/// on an invalid handle.
+int RelocChangePins(HandleSlot* slot, int mode);
 /// Brings the block to a fixed place, and counts a lock. The block, or null (error 6).
 char* RelocFix(HandleSlot* slot);
 /// Takes a lock of a fixed block; at 0 it goes back to a moveable place. The count, or kNoCount.

@@ -77,18 +77,8 @@ std::int16_t MemSetHandleSize(char** h, std::uint32_t size) {
 
 std::int16_t MemChangeLock(char** h, std::int16_t mode) {
     HandleSlot* slot = SlotOfHandle(h);
-    const RelocState state = RelocStateOf(slot);
-    if (state.lockCount == kNoCount) {
-        return SetMemError(0);
-    }
-    if (mode > 0 && state.moveable) {
-        RelocLock(slot);
-    } else if (mode == 0 && state.moveable) {
-        Unlock(slot, state.lockCount);
-    } else if (mode == 0) {
+    if (RelocChangePins(slot, mode) == 0 && mode == 0) {
         Unfix(slot);
-    } else if (mode < 0 && state.moveable && state.lockCount > 0) {
-        RelocUnlock(slot);
     }
     return SetMemError(0);
 }

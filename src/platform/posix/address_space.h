@@ -37,7 +37,7 @@ extern AddressSpace addressSpace;
 /// What may stay resident without being committed, besides the run kept: enough for the pages of a
 /// small heap to come and go, and little against what a large one uses.
 inline std::uint64_t IdleAllowance(const AddressSpace& space) {
-    constexpr std::uint64_t kLeast = (256u << 10) >> kPageShift;
+    constexpr std::uint64_t kLeast = (96u << 10) >> kPageShift;
     return kLeast + space.committedPages / 64;
 }
 

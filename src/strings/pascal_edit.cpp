@@ -5,19 +5,9 @@
 #include <cstddef>
 #include <cstring>
 
-namespace {
+#include "strings/pascal_form.h"
 
-// The longest length that the byte in front can tell.
-constexpr int kMaxLength = 255;
-
-/// The characters go first: the length byte may be one of them where source and target overlap.
-unsigned char* Store(unsigned char* to, const void* from, int length) {
-    std::memmove(to + 1, from, static_cast<std::size_t>(length));
-    to[0] = static_cast<unsigned char>(length);
-    return to;
-}
-
-}  // namespace
+namespace strings = veldt::strings;
 
 void XPascalStrInit(unsigned char* text) {
     text[0] = 0;
@@ -39,23 +29,25 @@ std::uint32_t XPascalSetRange(int first, int last, int base) {
 }
 
 unsigned char* XPascalStrCpy(unsigned char* to, const unsigned char* from) {
-    return Store(to, from + 1, from[0]);
+    return strings::StorePascal(to, from + 1, from[0]);
 }
 
 unsigned char* XPascalStrCpy(unsigned char* to, const char* from, int limit) {
     const int length = static_cast<int>(std::strlen(from) & 0xFFFF);
-    return Store(to, from, std::max(std::min(length, limit), 0));
+    const int count = std::max(std::min(length, limit), 0);
+    return strings::StorePascal(to, from, static_cast<std::size_t>(count));
 }
 
 unsigned char* XPascalStrCpy(unsigned char* to, const unsigned char* from, unsigned char first,
                              unsigned char count) {
     const int rest = from[0] + 1 - first;
-    return Store(to, from + first, std::clamp<int>(count, 0, std::max(rest, 0)));
+    const int copied = std::clamp<int>(count, 0, std::max(rest, 0));
+    return strings::StorePascal(to, from + first, static_cast<std::size_t>(copied));
 }
 
 unsigned char* XPascalStrCat(unsigned char* to, const unsigned char* from) {
     const int length = to[0];
-    const int added = std::min<int>(from[0], kMaxLength - length);
+    const int added = std::min<int>(from[0], strings::kMaxPascalLength - length);
     std::memmove(to + 1 + length, from + 1, static_cast<std::size_t>(added));
     to[0] = static_cast<unsigned char>(length + added);
     return to;

@@ -48,6 +48,7 @@ XCString::~XCString() {
     strings::ReleaseBufferOf(GetData());
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): a string is on its own characters.
 const XCString& XCString::operator=(const XCString& source) {
     if (characters_ == source.characters_) return *this;
     XCStringData* shared = source.GetData();

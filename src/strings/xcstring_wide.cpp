@@ -5,9 +5,6 @@
 #include <memory>
 
 #include "platform/platform.h"
-#include "strings/counted_buffer.h"
-
-namespace strings = veldt::strings;
 
 namespace {
 

@@ -5,10 +5,11 @@
 #include <cstddef>
 #include <cstring>
 
+#include "strings/pascal_form.h"
+
 namespace {
 
-// The longest text that the length byte can tell.
-constexpr int kMaxLength = 255;
+using veldt::strings::kMaxPascalLength;
 
 void Move(unsigned char* to, const unsigned char* from, int count) {
     if (count > 0) std::memmove(to, from, static_cast<std::size_t>(count));
@@ -47,7 +48,7 @@ int XString::StripChar(unsigned char c) {
 
 int XString::StripChars(const XString& set) {
     // Read before the first write, so that a string can be stripped of its own characters.
-    bool inSet[kMaxLength + 1] = {};
+    bool inSet[kMaxPascalLength + 1] = {};
     for (const char* p = set.GetCStr(); *p != 0; ++p) inSet[static_cast<unsigned char>(*p)] = true;
     unsigned char* own = GetPStr() + 1;
     const int length = GetLength();
@@ -94,9 +95,9 @@ void XString::DoReplaceAtChar(unsigned char c, const unsigned char* source, int 
     const int index = IndexOfChar(c);
     if (index < 0) return;
     const int own = GetLength();
-    const int count = std::min(length, std::min(capacity, kMaxLength) - own + 1);
+    const int count = std::min(length, std::min(capacity, kMaxPascalLength) - own + 1);
     // The source may lie in the text that moves first.
-    unsigned char replacement[kMaxLength];
+    unsigned char replacement[kMaxPascalLength];
     Move(replacement, source, count);
     unsigned char* found = GetPStr() + 1 + index;
     Move(found + count, found + 1, own - index - 1);

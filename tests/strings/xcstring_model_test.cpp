@@ -225,66 +225,42 @@ class Driver {
     void Edits(OpenString& s, Model& m) {
         const std::string w = Word(), all = m.Text(), head = Terminated(all);
         const std::string rest = all.substr(head.size());
-        const int room = static_cast<int>(w.size() + Below(4));
-        const std::size_t i = all.empty() ? 0 : Below(all.size());
-        std::string changed = head;
+        const int size = static_cast<int>(w.size()), room = size + static_cast<int>(Below(4));
+        const int index = all.empty() ? 0 : static_cast<int>(Below(all.size()));
+        const bool counted = Below(2) == 0;
+        std::string set = all, lower = head, holed = head;
+        if (!set.empty()) set[static_cast<std::size_t>(index)] = 'x';
+        std::transform(head.begin(), head.end(), lower.begin(), Lower);
+        std::replace(holed.begin(), holed.end(), 'a', '\0');
+        const auto first = std::find_if_not(all.begin(), all.end(), IsSpace);
+        const auto end = std::find_if_not(all.rbegin(), all.rend(), IsSpace).base();
         const auto write = [&](char* to) { std::memcpy(to, w.c_str(), w.size() + 1); };
-        switch (Below(12)) {
-            case 0:
-                return Try([&] { s.Empty(); }, [&] { Empty(m); });
-            case 1:
-                if (all.empty()) return;
-                (changed = all)[i] = 'x';
-                return Try([&] { s.SetAt(static_cast<int>(i), 'x'); },
-                           [&] { m.Edit(changed, true); });
-            case 2:
-                std::replace(changed.begin(), changed.end(), 'a', '\0');
-                return Try([&] { s.ReplaceChar('a', 0); }, [&] { m.Edit(changed + rest, true); });
-            case 3:
-                std::transform(head.begin(), head.end(), changed.begin(), Lower);
-                return Try([&] { s.MakeLower(); }, [&] { m.Edit(changed + rest); });
-            case 4: {
-                const auto first = std::find_if_not(all.begin(), all.end(), IsSpace);
-                return Try([&] { s.TrimLeft(); }, [&] { m.Edit({first, all.end()}); });
-            }
-            case 5: {
-                const auto end = std::find_if_not(all.rbegin(), all.rend(), IsSpace).base();
-                return Try([&] { s.TrimRight(); }, [&] { m.Edit({all.begin(), end}); });
-            }
-            case 6:
-            case 7: {
-                const bool counted = Below(2) == 0;
-                return Try(
-                    [&] {
-                        write(s.GetBuffer(room));
-                        s.ReleaseBuffer(counted ? static_cast<int>(w.size()) : -1);
-                    },
-                    [&] {
-                        m.Reserve(room);
-                        m.Edit(counted ? w : Terminated(w));
-                    });
-            }
-            case 8:
-                return Try([&] { write(s.GetBufferSetLength(static_cast<int>(w.size()))); },
-                           [&] {
-                               m.Reserve(static_cast<int>(w.size()));
-                               m.Edit(w);
-                           });
-            case 9:
-                return Try([&] { s.FreeExtra(); },
-                           [&] {
-                               if (m.on && m.Length() != m.on->capacity) m.Replace(all, m.Length());
-                           });
-            case 10:
-                return Try([&] { s.LockBuffer(); },
-                           [&] {
-                               m.Reserve(0);
-                               if (m.on) m.on->count = -1;
-                           });
-            default:
-                if (!m.on || m.on->count > 1) return;
-                return Try([&] { s.UnlockBuffer(); }, [&] { m.on->count = 1; });
+        const auto fill = [&] {
+            write(s.GetBuffer(room));
+            s.ReleaseBuffer(counted ? size : -1);
+        };
+        const auto shrink = [&] {
+            if (m.on && m.Length() != m.on->capacity) m.Replace(all, m.Length());
+        };
+        const auto lock = [&] {
+            m.Reserve(0);
+            if (m.on) m.on->count = -1;
+        };
+        // clang-format off
+        switch (Below(11)) {
+            case 0: return Try([&] { s.Empty(); }, [&] { Empty(m); });
+            case 1: return all.empty() ? void() : Try([&] { s.SetAt(index, 'x'); }, [&] { m.Edit(set, true); });
+            case 2: return Try([&] { s.ReplaceChar('a', 0); }, [&] { m.Edit(holed + rest, true); });
+            case 3: return Try([&] { s.MakeLower(); }, [&] { m.Edit(lower + rest); });
+            case 4: return Try([&] { s.TrimLeft(); }, [&] { m.Edit({first, all.end()}); });
+            case 5: return Try([&] { s.TrimRight(); }, [&] { m.Edit({all.begin(), end}); });
+            case 6: return Try(fill, [&] { m.Reserve(room); m.Edit(counted ? w : Terminated(w)); });
+            case 7: return Try([&] { write(s.GetBufferSetLength(size)); }, [&] { m.Reserve(size); m.Edit(w); });
+            case 8: return Try([&] { s.FreeExtra(); }, shrink);
+            case 9: return Try([&] { s.LockBuffer(); }, lock);
+            default: if (m.on && m.on->count <= 1) Try([&] { s.UnlockBuffer(); }, [&] { m.on->count = 1; });
         }
+        // clang-format on
     }
 
     void CheckReading(const OpenString& s, const std::string& all) {

@@ -7,11 +7,13 @@
 #include <string>
 
 #include "strings/open_string.h"
+#include "strings/orders.h"
 #include "support/refusing_new.h"
 
 namespace {
 
 using veldt::tests::OpenString;
+using veldt::tests::OperatorsAgree;
 using veldt::tests::RefusedNew;
 
 TEST(XCString, EmptyOnesShareOneBufferAndTakeNoMemory) {
@@ -33,24 +35,6 @@ TEST(XCString, EmptyOnesShareOneBufferAndTakeNoMemory) {
     EXPECT_EQ(veldt::tests::LiveBlocks(), before);
 }
 
-TEST(XCString, ALockEndsWithItsBuffer) {
-    XCString s("hello");
-    const char* locked = s.LockBuffer();
-    {
-        const XCString copy(s);
-        EXPECT_NE(static_cast<const char*>(copy), locked);
-        EXPECT_STREQ(copy, "hello");
-    }
-    s = "other";
-    EXPECT_EQ(static_cast<const char*>(s), locked);
-    s.Empty();
-    EXPECT_EQ(static_cast<const char*>(s), locked);
-    EXPECT_EQ(s.GetAllocLength(), 5);
-    s = "longer";
-    const XCString shared(s);
-    EXPECT_EQ(static_cast<const char*>(shared), static_cast<const char*>(s));
-}
-
 TEST(XCString, OrdersBySignedBytes) {
     const struct {
         std::string a, b;
@@ -70,15 +54,9 @@ TEST(XCString, OrdersBySignedBytes) {
         EXPECT_EQ(b.Compare(a), -c.exact);
         EXPECT_EQ(a.CompareNoCase(b), c.folded);
         EXPECT_EQ(b.CompareNoCase(a), -c.folded);
-        const auto operators = [&](const auto& x, const auto& y) {
-            const bool agree = (x == y) == (c.exact == 0) && (x != y) == (c.exact != 0) &&
-                               (x < y) == (c.exact < 0) && (x > y) == (c.exact > 0) &&
-                               (x <= y) == (c.exact <= 0) && (x >= y) == (c.exact >= 0);
-            EXPECT_TRUE(agree) << c.a << ' ' << c.b;
-        };
-        operators(a, b);
-        operators(a, c.b.c_str());
-        operators(c.a.c_str(), b);
+        EXPECT_TRUE(OperatorsAgree(a, b, c.exact));
+        EXPECT_TRUE(OperatorsAgree(a, c.b.c_str(), c.exact));
+        EXPECT_TRUE(OperatorsAgree(c.a.c_str(), b, c.exact));
     }
     EXPECT_EQ(XCString("a\0b", 3) == XCString("a\0c", 3), 1);
 }

@@ -8,6 +8,7 @@ cd "$(dirname "$(realpath "$0")")"
 need_for() {
     local packages=(cmake ninja-build g++ googletest pkg-config)
     case $1 in
+        native) packages+=(abigail-tools) ;;
         i386 | bench-i386) packages+=(g++-multilib) ;;
         windows) packages+=(g++-mingw-w64-i686-posix) ;;
         bench) packages+=(libbenchmark-dev) ;;
@@ -47,7 +48,7 @@ verb_setup() {
     need_for i386
     need_for windows
     need_for bench
-    need clang-format clang-tidy shellcheck doxygen abigail-tools
+    need clang-format clang-tidy shellcheck doxygen
     scripts/wine-root
 }
 
@@ -79,6 +80,17 @@ verb_exports() {
         scripts/exports "$module" >"tests/module/exports/$preset.txt"
     done
     git diff --stat -- tests/module/exports
+}
+
+# With a release, or before the first one; after it only a new major version may break the record.
+verb_record-abi() {
+    build native veldt20_shared
+    local version
+    version=$(sed -n 's/^project(VELDT20 VERSION \([0-9]*\)\..*/\1/p' CMakeLists.txt)
+    abidw --exported-interfaces-only --no-comp-dir-path --no-corpus-path \
+        --no-show-locs --no-parameter-names --type-id-style hash \
+        --out-file "tests/module/abi/$version.abi" build/native/src/libVELDT20.so
+    git diff --stat -- tests/module/abi
 }
 
 verb_bench() {
@@ -125,6 +137,7 @@ usage: ./do VERB
   test [PRESET]  build and run the tests of a preset (native if none is named)
   test-windows   build VELDT20.dll and run all tests under Wine
   exports        write the committed lists of exported symbols anew
+  record-abi     record what the ABI check compares with
   bench          build and run the benchmarks
   docs           the reference of the exported interface, into build/docs
   format         clang-format every file in place

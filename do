@@ -86,6 +86,7 @@ verb_exports() {
 verb_record-abi() {
     build native veldt20_shared
     local version
+    mkdir -p tests/module/abi
     version=$(sed -n 's/^project(VELDT20 VERSION \([0-9]*\)\..*/\1/p' CMakeLists.txt)
     abidw --exported-interfaces-only --no-comp-dir-path --no-corpus-path \
         --no-show-locs --no-parameter-names --type-id-style hash \

@@ -2,6 +2,7 @@
 #include <veldt20/collections.h>
 
 #include <cstddef>
+#include <cstring>
 #include <new>
 
 namespace {
@@ -10,6 +11,31 @@ struct Element {
     void* next = nullptr;
     void* previous = nullptr;
 };
+
+class Numbers : public XDynArrayImp {
+  public:
+    Numbers() : XDynArrayImp(2, sizeof(int), 4) {}
+    ~Numbers() override { DeleteAll(); }
+
+    int destroyed = 0;
+
+  protected:
+    void CopyConstructElement(const void* source, void* target) override {
+        std::memcpy(target, source, sizeof(int));
+    }
+    void ConstructElements(std::int32_t count, void* target) override {
+        std::memset(target, 0, static_cast<std::size_t>(count) * sizeof(int));
+    }
+    void DestructElement(void*) override { ++destroyed; }
+    void AssignElement(void* target, const void* source) override {
+        CopyConstructElement(source, target);
+    }
+};
+
+// Gives 1 at the element whose index is in `data`.
+int IsWanted(std::int32_t index, std::int32_t&, void* data, void*) {
+    return index == *static_cast<int*>(data);
+}
 
 class OpenPointerList : public XSinglePtrList {
   public:
@@ -28,6 +54,46 @@ class OpenDoubleList : public XIntrusiveDoubleList {
     using XIntrusiveDoubleList::GetPrevPtr;
     using XIntrusiveDoubleList::XIntrusiveDoubleList;
 };
+
+TEST(GrowableArray, HoldsElementsThatADerivedClassKnows) {
+    Numbers numbers;
+    ASSERT_EQ(numbers.Initialize(), 1);
+    EXPECT_EQ(numbers.IsEmpty(), 1);
+    numbers.SetIncrementSize(8);
+    ASSERT_EQ(numbers.SetCapacity(3), 1);
+    int value = 2;
+    EXPECT_EQ(numbers.Append(&value), 1);
+    value = 0;
+    EXPECT_EQ(numbers.Prepend(&value), 1);
+    value = 1;
+    EXPECT_EQ(numbers.Insert(&value, 1), 1);
+    EXPECT_EQ(numbers.InsertBlockElements(3, 2), 1);
+    value = 3;
+    numbers.Replace(&value, 3);
+    EXPECT_EQ(numbers.GetNumElements(), 5);
+    unsigned char* const base = numbers.Lock();
+    ASSERT_NE(base, nullptr);
+    for (int i = 0; i < 4; ++i) {
+        std::memcpy(&value, numbers.GetAt(base, i), sizeof(value));
+        EXPECT_EQ(value, i);
+    }
+    numbers.Unlock();
+
+    int wanted = 2;
+    EXPECT_EQ(numbers.Find(IsWanted, 0, &wanted), 2);
+    EXPECT_EQ(numbers.ForEachDo(IsWanted, 0, &wanted), 0);
+    EXPECT_EQ(numbers.Delete(0), 1);
+    EXPECT_EQ(numbers.Delete(2, 3), 1);
+    EXPECT_EQ(numbers.destroyed, 3);
+    numbers.Remove(0);
+    EXPECT_EQ(numbers.destroyed, 3);
+    numbers.Compact();
+    EXPECT_EQ(numbers.GetNumElements(), 1);
+    numbers.RemoveAll();
+    EXPECT_EQ(numbers.IsEmpty(), 1);
+    numbers.DeleteAll();
+    EXPECT_EQ(numbers.destroyed, 3);
+}
 
 TEST(PointerList, KeepsTheOrder) {
     int values[4];

@@ -6,7 +6,7 @@
 set -euo pipefail
 here=$(dirname "$(realpath "$0")")
 if ! diff "$2" <("$here/../../scripts/exports" "$1"); then
-    echo "> is exported and not in $2, < is in it and not exported"
+    echo "> is exported and not in $2, < is in it and not exported. If that is meant: ./do exports"
     exit 1
 fi
 echo "$(wc -l <"$2") symbols"

@@ -6,7 +6,10 @@
 set -euo pipefail
 export LC_ALL=C
 here=$(dirname "$(realpath "$0")")
-names() { "$here/../../scripts/exports" "$@" | cut -d' ' -f2- | sort -u; }
+# A 64-bit number is long on one target and long long on another.
+names() {
+    "$here/../../scripts/exports" "$@" | cut -d' ' -f2- | sed 's/long long/long/g' | sort -u
+}
 
 functions=$(names "$1" | grep -vE '^(vtable|typeinfo|typeinfo name|VTT) for ')
 called=$(names --used-by "$2")

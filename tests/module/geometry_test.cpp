@@ -77,4 +77,58 @@ TEST(Geometry, LongRectanglesMeet) {
     EXPECT_EQ(common.right, 10);
 }
 
+constexpr std::int32_t kOne = 0x10000;
+
+TEST(Geometry, FixedPointsCompute) {
+    XFixPoint point(2 * kOne, 3 * kOne);
+    const XFixPoint two(2 * kOne, 2 * kOne);
+    point += two;
+    point -= two;
+    point *= two;
+    point /= two;
+    EXPECT_EQ(point == XFixPoint(2 * kOne, 3 * kOne), 1);
+    EXPECT_EQ(point != two, 1);
+    EXPECT_EQ(point < two, 0);
+    EXPECT_EQ(point > two, 0);
+    EXPECT_EQ(two <= two, 1);
+    EXPECT_EQ(two >= two, 1);
+    EXPECT_EQ((point + two).x, 4 * kOne);
+    EXPECT_EQ((point - two).y, kOne);
+    EXPECT_EQ((point * two).y, 6 * kOne);
+    EXPECT_EQ((point / two).x, kOne);
+    point.Set(1, 2);
+    EXPECT_EQ(point.y, 2);
+}
+
+TEST(Geometry, FixedRectanglesMeet) {
+    const XFixRect made(0, 0, 20 * kOne, 10 * kOne);
+    XFixRect rect;
+    rect.Set(0, 0, 20 * kOne, 10 * kOne);
+    EXPECT_EQ(rect == made, 1);
+    rect.Set(made.TopLeft(), made.BottomRight());
+    EXPECT_EQ(rect != made, 0);
+    rect.PtToRect(made.BottomLeft(), made.TopRight());
+    EXPECT_EQ(rect == made, 1);
+    rect.TopLeft(XFixPoint(kOne, kOne));
+    rect.BottomRight(XFixPoint(5 * kOne, 5 * kOne));
+    EXPECT_EQ(rect.Width(), 4 * kOne);
+    rect.TopRight(XFixPoint(6 * kOne, kOne));
+    rect.BottomLeft(XFixPoint(kOne, 7 * kOne));
+    EXPECT_EQ(rect.Height(), 6 * kOne);
+    rect.Inset(kOne, kOne);
+    rect.Offset(kOne, kOne);
+    EXPECT_EQ(rect.top, 3 * kOne);
+    const XFixPoint one(kOne, kOne);
+    rect += one;
+    rect -= one;
+    EXPECT_EQ(rect == (rect + one) - one, 1);
+    EXPECT_EQ((rect & made) == rect, 1);
+    EXPECT_EQ((rect | made) == made, 1);
+    rect &= made;
+    rect |= made;
+    EXPECT_EQ(rect.Contains(one), 1);
+    EXPECT_EQ(rect.IsEmpty(), 0);
+    EXPECT_EQ(rect.IsValid(), 1);
+}
+
 }  // namespace

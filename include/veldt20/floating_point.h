@@ -16,8 +16,7 @@
 /// arithmetic doesn't keep it: the sum of it and 1.0 is an ordinary number. Functions that fail
 /// give it back, and those told to test their arguments with IsNan take an IEEE NaN for it as well.
 ///
-/// All functions may be called from several threads at once, and give the same bits on every
-/// target; XpwrY, and what is built on it, tells its own limits.
+/// All functions may be called from several threads at once and give the same bits on every target.
 class VELDT20_API XFp {
   public:
     /// The current mode.
@@ -55,10 +54,10 @@ class VELDT20_API XFp {
     static double Log2(double x);
 
     /// `x` to the power `y`. The not-a-number if IsNan holds for either, if `x` is negative and `y`
-    /// has a fraction, and if `x` is 0 and `y` negative. All else is the standard library's power
-    /// in extended precision, delivered as a double: 0.0 to the power 0.0 is 1.0, and overflow is
-    /// infinity. 32-bit and 64-bit Linux give the same bits; the runtime library of Windows may
-    /// differ in the last one.
+    /// has a fraction, and if `x` is 0 and `y` negative. All else follows the standard library: 0.0
+    /// to the power 0.0 is 1.0, and overflow is infinity. The result is the true power rounded once
+    /// in the current mode: the work carries some 70 bits, and only what lies closer than that to
+    /// the border between two doubles can fall on the wrong side.
     static double XpwrY(double x, double y);
     /// The growth factor of `n` periods at rate `r`, XpwrY(1.0 + r, n): (0.05, 10.0) gives
     /// 1.628894626777442. The not-a-number if IsNan holds for either.

@@ -1,10 +1,13 @@
 // XFp but for the rounding mode and the decimal conversions.
 #include <veldt20/floating_point.h>
 
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <numbers>
 
+#include "numerics/nearest_rounding.h"
+#include "numerics/power.h"
 #include "numerics/truncation.h"
 
 namespace veldt::numerics {
@@ -26,6 +29,29 @@ double ScaledLog2(double x, long double scale) {
     long double result;
     asm("fyl2x" : "=t"(result) : "0"(static_cast<long double>(x)), "u"(scale) : "st(1)");
     return static_cast<double>(result);
+}
+
+double PowerOfTwo(int exponent) {
+    return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + 1023) << 52);
+}
+
+/// The double in the current rounding mode.
+double Delivered(const ScaledParts& number, double sign) {
+    const double high = number.parts.high * sign;
+    const double low = number.parts.low * sign;
+    double sum = high + low;
+    // A subnormal result has fewer bits. The power of two whose last place is the result's takes
+    // the sum with it, which so is rounded there, once.
+    constexpr int kSmallestNormal = -1022;
+    if (number.exponent <= kSmallestNormal &&
+        std::abs(sum) < PowerOfTwo(kSmallestNormal - number.exponent)) {
+        const double rounder = PowerOfTwo(kSmallestNormal - number.exponent) * sign;
+        sum = rounder + high;
+        sum = (sum + (high - (sum - rounder) + low)) - rounder;
+    }
+    const int half = number.exponent / 2;
+    const double scaled = sum * PowerOfTwo(half) * PowerOfTwo(number.exponent - half);
+    return std::copysign(scaled, sign);
 }
 
 }  // namespace
@@ -69,13 +95,22 @@ double XFp::Log2(double x) {
     return ScaledLog2(x, 1);
 }
 
-// The power function for doubles has its own algorithm on each target, and up to one result in
-// thirty differs in the last bit. The extended one is the same wherever the C library is.
+// The C libraries' power functions differ between targets in the last bit of up to one result in
+// thirty. What they do with zeros and infinities is laid down.
 double XFp::XpwrY(double x, double y) {
     if (IsNan(x) || IsNan(y) || (x < 0 && std::trunc(y) != y) || (x == 0 && y < 0)) {
         return kNanSentinel;
     }
-    return static_cast<double>(std::pow(static_cast<long double>(x), static_cast<long double>(y)));
+    if (x == 0 || std::isinf(x) || std::isinf(y)) {
+        return std::pow(x, y);
+    }
+    ScaledParts power;
+    {
+        const NearestRounding nearest;
+        power = Power(std::abs(x), y);
+    }
+    const bool negative = x < 0 && std::fmod(y, 2.0) != 0;
+    return Delivered(power, negative ? -1 : 1);
 }
 
 double XFp::Compound(double r, double n) {

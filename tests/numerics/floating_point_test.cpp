@@ -122,6 +122,38 @@ TEST(FloatingPoint, PowersRefuseWhatIsNotReal) {
     }
 }
 
+// The true values were found with 300 bits.
+TEST(FloatingPoint, PowersAreRoundedOnceInEveryMode) {
+    const struct {
+        double x, y, nearest, above, below;
+    } cases[] = {
+        {1.1, 1000, 0x1.6aec8cd64aba1p+137, 0x1.6aec8cd64aba2p+137, 0x1.6aec8cd64aba1p+137},
+        {1 + 0x1p-40, 7e14, 0x1.66a7503d20ad1p+918, 0x1.66a7503d20ad1p+918, 0x1.66a7503d20ad0p+918},
+        {0.9, -6500.5, 0x1.11a28f0fff5d0p+988, 0x1.11a28f0fff5d1p+988, 0x1.11a28f0fff5d0p+988},
+        {3, 0.5, 0x1.bb67ae8584caap+0, 0x1.bb67ae8584cabp+0, 0x1.bb67ae8584caap+0},
+        {7.25e-5, 77.7, 0x2dp-1074, 0x2ep-1074, 0x2dp-1074},
+        {1.0000001, -7.1e9, 0x0.3380a63e4515ep-1022, 0x0.3380a63e4515ep-1022,
+         0x0.3380a63e4515dp-1022},
+        {5e-324, 0.3, 0x1.bdb8cdadbe161p-323, 0x1.bdb8cdadbe161p-323, 0x1.bdb8cdadbe160p-323},
+        {1.7e308, -1, 0x0.43ad882e2107cp-1022, 0x0.43ad882e2107cp-1022, 0x0.43ad882e2107bp-1022},
+        {3, 33, 0x1.3bfefa65abb83p+52, 0x1.3bfefa65abb83p+52, 0x1.3bfefa65abb83p+52},
+        {2.25, -0.5, 0x1.5555555555555p-1, 0x1.5555555555556p-1, 0x1.5555555555555p-1},
+        {10, 309, kInfinity, kInfinity, std::numeric_limits<double>::max()},
+        {10, -324, 0, 0x1p-1074, 0}};
+    for (const auto& c : cases) {
+        const bool odd = std::fmod(c.y, 2) != 0 && std::trunc(c.y) == c.y;
+        const double results[] = {c.nearest, c.above, c.below, c.below};
+        const double negated[] = {c.nearest, c.below, c.above, c.below};
+        for (int mode = 0; mode < 4; ++mode) {
+            const Rounding rounding(mode);
+            EXPECT_EQ(XFp::XpwrY(c.x, c.y), results[mode]) << c.x << ' ' << c.y << " mode " << mode;
+            if (odd) {
+                EXPECT_EQ(XFp::XpwrY(-c.x, c.y), -negated[mode]) << c.x << ' ' << c.y;
+            }
+        }
+    }
+}
+
 TEST(FloatingPoint, GrowthAndPresentValue) {
     EXPECT_EQ(XFp::Compound(0.05, 10.0), 1.628894626777442);
     EXPECT_EQ(XFp::Compound(0.0, 123.25), 1.0);

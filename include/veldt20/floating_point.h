@@ -2,6 +2,7 @@
 // functions, a random number generator, and the conversions between doubles and decimal text.
 #pragma once
 
+#include <veldt20/decimal_records.h>
 #include <veldt20/export.h>
 
 #include <cstdint>
@@ -71,6 +72,45 @@ class VELDT20_API XFp {
     /// 1 to 2147483646 this is exact and visits all of them: 1 gives 16807, then 282475249. Other
     /// states are not refused: 0 stays 0, a fraction or a sign is carried along.
     static double Randomx(double* x);
+
+    /// Fills `out` with the digits of `x`, as many as `form` wants but never more than the 23 that
+    /// the record has room for, and `exponent` to go with them. 3.14159 with 6 digits in floating
+    /// style is 314159 times 10^-5; with 2 in fixed style it is 314 times 10^-2.
+    ///
+    /// At most 15 digits are significant, the rest is 0. Modes 0 and 1 round the 17 correctly
+    /// rounded digits of `x` half up in magnitude, modes 2 and 3 cut them. A carry drops a last 0
+    /// in floating style (9.996 with 3 digits is 100 times 10^-1), where a `digitCount` below 1
+    /// acts as 1. In fixed style a number that has no digit left is the digit 0. A zero has no
+    /// sign. Infinities and NaNs give their token and sign, and exponent 0.
+    static void Num2Dec(const XNDecForm* form, double x, XNDecimal* out);
+
+    /// The number of the record, correctly rounded in the current mode before the sign comes on.
+    /// Digits that begin with 0 give +0.0, whatever follows. "INF" gives infinity with the sign,
+    /// "NAN" the not-a-number, which has none. Other text is read as by Str2Num, with "E" and the
+    /// exponent behind it.
+    static double Dec2Num(const XNDecimal* dec);
+
+    /// Writes `x` to the length-prefixed string `out`, which must hold 256 bytes; a longer text is
+    /// cut to 255 characters. Digits are those of Num2Dec but for the carry, which gives one more.
+    ///
+    ///     floating, 6    " 3.14159e+0"   "-1.23457e+13"   " 0.00000e-1" for zeros
+    ///     floating, 3    " 1.000e+1" for 9.996
+    ///     fixed, 2       "3.14"   "-0.00" for -0.001   "0.000" for 0.0001: as many zeros behind
+    ///     the
+    ///                    point as the number has, even when they are more than were wanted
+    ///     fixed, 0       "1235" for 1234.5   "0." for 0.4
+    ///     fixed, -2      "1200" for 1234.0
+    ///
+    /// Floating style stores 20 in `form` if more digits are wanted. Infinities and NaNs give "INF"
+    /// and "NAN", without a sign. The decimal mark is a point in every locale.
+    static void Num2Str(XNDecForm* form, double x, unsigned char* out);
+
+    /// Reads a length-prefixed string. One that begins with I is infinity, one that begins with N
+    /// the not-a-number. Anything else is read as the standard library's strtod does in the "C"
+    /// locale, whatever the locale is and without touching it: white space, a sign, then a decimal
+    /// or 0x number, "inf" or "nan" in any case; what follows is ignored, and what is no number
+    /// gives 0.0. The result is correctly rounded in the current mode.
+    static void Str2Num(const unsigned char* text, double* out);
 
     XFp() = default;
     XFp(const XFp&) = default;

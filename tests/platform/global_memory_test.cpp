@@ -99,7 +99,7 @@ TEST(GlobalMemory, RefusalLosesNothing) {
     EXPECT_EQ(GlobalAlloc(GMEM_MOVEABLE, 10), nullptr);
     EXPECT_EQ(GlobalAlloc(GMEM_MOVEABLE, 10), nullptr);
     faults::FailGlobalAlloc(faults::kNever);
-    EXPECT_EQ(GlobalReAlloc(block, PTRDIFF_MAX, GMEM_MOVEABLE), nullptr);
+    EXPECT_EQ(GlobalReAlloc(block, ~SIZE_T{0}, GMEM_MOVEABLE), nullptr);
     EXPECT_EQ(GlobalAlloc(kZeroed, ~SIZE_T{0}), nullptr);
     EXPECT_TRUE(AllEqual(GlobalLock(block), 0, 10, 0));
     EXPECT_EQ(GlobalFree(block), nullptr);

@@ -1,9 +1,7 @@
 #include "platform/posix/address_space.h"
 
-#include <algorithm>
-#include <bit>
-
 #include "platform/platform.h"
+#include "platform/posix/faults.h"
 
 namespace veldt::platform {
 
@@ -13,40 +11,17 @@ namespace {
 
 constexpr std::uint32_t kMaxRegionUnits = 1u << 20;
 
-struct Region {
-    UnitNumber base;
-    Unit* entry;  ///< null if there is no region
-};
-
-std::uint64_t& WideWord(const Stretch& stretch, UnitNumber unit) {
-    return stretch.wideRegions[(unit - stretch.first) / 64];
-}
-
-std::uint64_t WideBit(const Stretch& stretch, UnitNumber unit) {
-    return std::uint64_t{1} << (unit - stretch.first) % 64;
-}
-
-/// The region of several units that `unit` lies in behind its base. Walks back a bit a unit.
-Region WideRegionAround(const Stretch& stretch, UnitNumber unit) {
-    const std::uint32_t index = unit - stretch.first;
-    std::size_t word = index / 64;
-    std::uint64_t bits = stretch.wideRegions[word] & (~std::uint64_t{0} >> (63 - index % 64));
-    while (bits == 0) {
-        if (word == 0) return {};
-        bits = stretch.wideRegions[--word];
-    }
-    const auto base = static_cast<std::uint32_t>(word * 64 + 63) -
-                      static_cast<std::uint32_t>(std::countl_zero(bits));
-    Unit* entry = &stretch.units[base];
-    return index - base < entry->Span() ? Region{stretch.first + base, entry} : Region{};
-}
-
-Region RegionAround(const void* address) {
+/// The region that `address` lies in. Walks back an entry a unit from there to the base.
+Run RegionAround(const void* address) {
     Unit* entry = FindUnit(address);
     if (entry == nullptr) return {};
     const UnitNumber unit = UnitOf(address);
-    if (entry->State() == UnitState::kRegion) return {unit, entry};
-    return WideRegionAround(StretchOf(unit), unit);
+    const std::uint32_t index = unit - StretchOf(unit).first;
+    for (std::uint32_t back = 0; back <= index; ++back, --entry) {
+        if (entry->State() != UnitState::kRegion) continue;
+        return back < entry->Span() ? Run{unit - back, entry} : Run{};
+    }
+    return {};
 }
 
 /// The entry of the region that begins at `address`, null if none does.
@@ -56,107 +31,174 @@ Unit* RegionAt(const void* address) {
     return entry != nullptr && entry->State() == UnitState::kRegion ? entry : nullptr;
 }
 
+std::uint32_t PagesOf(SIZE_T size) {
+    return static_cast<std::uint32_t>((size + kPageBytes - 1) >> kPageShift);
+}
+
 void* Refuse(DWORD error) {
     SetLastError(error);
     return nullptr;
 }
 
-bool ToldToFail() {
-    return addressSpace.allocCalls++ - addressSpace.failFrom < addressSpace.failCount;
-}
-
-void* Reserve(SIZE_T size) {
-    if (size == 0 || size > (SIZE_T{kMaxRegionUnits} - 1) * kUnitBytes) {
-        return Refuse(ERROR_INVALID_PARAMETER);
-    }
-    const auto span = static_cast<std::uint32_t>((size + kUnitBytes - 1) >> kUnitShift);
-    const UnitNumber unit = TakeRun(span);
-    if (unit == 0) return Refuse(ERROR_NOT_ENOUGH_MEMORY);
-    const Stretch& stretch = StretchOf(unit);
-    Unit& entry = stretch.At(unit);
-    entry.Set(UnitState::kRegion, span);
-    entry.committed = 0;
-    if (span > 1) {
-        (&entry)[span - 1].Set(UnitState::kInside, 0);
-        WideWord(stretch, unit) |= WideBit(stretch, unit);
-    }
-    ++addressSpace.reservations;
-    return BaseOf(unit);
-}
-
-/// Gives back what a region has resident beyond its committed pages.
-void DropIdle(UnitNumber unit, Unit& entry) {
-    const std::uint32_t pages = entry.resident - entry.committed;
-    GiveBack(BaseOf(unit) + (std::size_t{entry.committed} << kPageShift),
-             std::size_t{pages} << kPageShift);
-    addressSpace.idlePages -= pages;
-    entry.resident = entry.committed;
-}
-
-/// Moves the end of a region's committed pages up.
-bool GrowTo(UnitNumber unit, Unit& entry, std::uint32_t pages) {
-    AddressSpace& space = addressSpace;
-    const std::uint32_t more = pages - entry.committed;
-    if (space.committedPages + more > space.committedLimit) return false;
-    space.committedPages += more;
-    space.idlePages -= std::min(pages, entry.resident) - entry.committed;
-    entry.committed = pages;
-    entry.resident = std::max(entry.resident, pages);
-    if (entry.resident != pages && TooMuchIdle(space)) DropIdle(unit, entry);
+/// Whether this call is one that a test wants refused.
+bool CountsDownToFault() {
+    if (--addressSpace.callsToFault != 0) [[likely]]
+        return false;
+    faults::OnFault();
     return true;
 }
 
+Run TakeRun(std::uint32_t span) {
+    AddressSpace& space = addressSpace;
+    if (span == 1 && space.singleCount != 0) return space.singles[--space.singleCount];
+    if (span != 1 && span <= space.hotSpan) return TakeHot(space, span);
+    return TakeBinnedRun(span);
+}
+
+Run ReserveUnits(std::uint32_t span) {
+    const Run run = TakeRun(span);
+    if (run.entry == nullptr) return run;
+    run.entry->Set(UnitState::kRegion, span);
+    run.entry->committed = 0;
+    if (span > 1) run.entry[span - 1].Set(UnitState::kInside, 0);
+    return run;
+}
+
+/// What a region has resident beyond its committed pages, as counted in `endPages`.
+std::uint32_t IdleOf(const Unit& entry) {
+    return entry.committed != 0 ? entry.resident - entry.committed : 0;
+}
+
+/// Gives back what a region has resident beyond its committed pages. It isn't counted as idle.
+void DropIdle(Run region) {
+    const std::uint32_t pages = region.entry->resident - region.entry->committed;
+    GiveBack(BaseOf(region.unit) + (std::size_t{region.entry->committed} << kPageShift),
+             std::size_t{pages} << kPageShift);
+    region.entry->resident = region.entry->committed;
+}
+
+/// Decides about what a region has resident beyond its committed pages, not yet counted: much of it
+/// goes at once, less only when there is too much of it already.
+void SettleIdle(Run region, std::uint32_t pagesWorthACall) {
+    AddressSpace& space = addressSpace;
+    const std::uint32_t pages = region.entry->resident - region.entry->committed;
+    if (pages >= pagesWorthACall || space.endPages + pages > EndAllowance(space)) {
+        DropIdle(region);
+    } else {
+        space.endPages += pages;
+    }
+}
+
+/// Moves the end of a region's committed pages up; false if that goes over the limit.
+bool GrowTo(Run region, std::uint32_t pages) {
+    AddressSpace& space = addressSpace;
+    Unit& entry = *region.entry;
+    const std::uint32_t more = pages - entry.committed;
+    if (space.committedPages + more > space.committedLimit) return false;
+    space.committedPages += more;
+    space.endPages -= IdleOf(entry);
+    entry.committed = pages;
+    if (entry.resident > pages) [[unlikely]] {
+        SettleIdle(region, 4 * kPagesPerUnit);
+    } else {
+        entry.resident = pages;
+    }
+    return true;
+}
+
+void ShrinkTo(Run region, std::uint32_t pages) {
+    AddressSpace& space = addressSpace;
+    space.committedPages -= region.entry->committed - pages;
+    space.endPages -= IdleOf(*region.entry);
+    region.entry->committed = pages;
+    SettleIdle(region, pages == 0 ? 0 : kPagesPerUnit);
+}
+
+/// The way of a region's units where no hot place is free for them. This is where memory gets warm
+/// or the allowances fall, so what is warm is looked at here and not at every release.
+void DissolveSlowly(Run region, std::uint32_t span) {
+    AddressSpace& space = addressSpace;
+    if (region.entry->resident == 0 || span > kMaxWarmUnits) {
+        region.entry->committed = 0;
+        if (region.entry->resident != 0) DropIdle(region);
+        PutCold(region, span);
+    } else if (span == 1) {
+        CoolSingles();
+        space.singles[space.singleCount++] = region;
+    } else {
+        CoolHotRun();
+        PutHot(space, region, span);
+    }
+    TrimWarm();
+}
+
+/// Puts a region's units among the free ones.
+void Dissolve(Run region) {
+    AddressSpace& space = addressSpace;
+    Unit& entry = *region.entry;
+    const std::uint32_t span = entry.Span();
+    space.committedPages -= entry.committed;
+    if (entry.resident != entry.committed) [[unlikely]]
+        space.endPages -= IdleOf(entry);
+    entry.Set(UnitState::kHot, span);
+    if (entry.resident == 0 || span > kMaxWarmUnits) return DissolveSlowly(region, span);
+    if (span > 1) {
+        if (!PutHot(space, region, span)) DissolveSlowly(region, span);
+    } else if (space.singleCount != AddressSpace::kHotSingles) {
+        space.singles[space.singleCount++] = region;
+    } else {
+        DissolveSlowly(region, span);
+    }
+}
+
+/// Reserves `size` bytes, and commits them as well if asked to: all of it or nothing.
+void* Reserve(SIZE_T size, bool commit) {
+    if (size == 0) return Refuse(ERROR_INVALID_PARAMETER);
+    if (size > SIZE_T{kMaxRegionUnits} * kUnitBytes - kUnitBytes) {
+        return Refuse(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    const Run region = ReserveUnits(static_cast<std::uint32_t>((size - 1) >> kUnitShift) + 1);
+    if (region.entry == nullptr) return Refuse(ERROR_NOT_ENOUGH_MEMORY);
+    if (commit && !GrowTo(region, PagesOf(size))) {
+        Dissolve(region);
+        return Refuse(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    return BaseOf(region.unit);
+}
+
 void* Commit(void* address, SIZE_T size) {
-    const Region region = RegionAround(address);
+    const Run region = RegionAround(address);
     if (region.entry == nullptr || size == 0) return Refuse(ERROR_INVALID_ADDRESS);
-    const auto offset = static_cast<SIZE_T>(static_cast<std::byte*>(address) - BaseOf(region.base));
+    const auto offset = static_cast<SIZE_T>(static_cast<std::byte*>(address) - BaseOf(region.unit));
     const SIZE_T reserved = SIZE_T{region.entry->Span()} << kUnitShift;
     if (offset >> kPageShift > region.entry->committed || size > reserved - offset) {
         return Refuse(ERROR_INVALID_ADDRESS);
     }
-    const auto pages = static_cast<std::uint32_t>((offset + size + kPageBytes - 1) >> kPageShift);
-    if (pages > region.entry->committed && !GrowTo(region.base, *region.entry, pages)) {
+    const std::uint32_t pages = PagesOf(offset + size);
+    if (pages > region.entry->committed && !GrowTo(region, pages)) {
         return Refuse(ERROR_NOT_ENOUGH_MEMORY);
     }
-    return BaseOf(region.base) + (offset & ~(kPageBytes - 1));
+    return BaseOf(region.unit) + (offset & ~(kPageBytes - 1));
 }
 
 BOOL Decommit(void* address, SIZE_T size) {
-    /// Less than this much at the end of a region stays resident as long as the allowance has room.
-    constexpr std::uint32_t kPagesWorthACall = kPagesPerUnit;
-    const Region region = RegionAround(address);
+    const Run region = RegionAround(address);
     if (region.entry == nullptr) return Refuse(ERROR_INVALID_ADDRESS), 0;
-    Unit& entry = *region.entry;
-    const auto offset = static_cast<SIZE_T>(static_cast<std::byte*>(address) - BaseOf(region.base));
-    if (size > (SIZE_T{entry.Span()} << kUnitShift) - offset) {
+    const auto offset = static_cast<SIZE_T>(static_cast<std::byte*>(address) - BaseOf(region.unit));
+    if (size > (SIZE_T{region.entry->Span()} << kUnitShift) - offset) {
         return Refuse(ERROR_INVALID_ADDRESS), 0;
     }
-    const SIZE_T committed = SIZE_T{entry.committed} << kPageShift;
+    const SIZE_T committed = SIZE_T{region.entry->committed} << kPageShift;
     if (offset >= committed) return 1;
     if (offset + size < committed) return Refuse(ERROR_INVALID_PARAMETER), 0;
-    const auto pages = static_cast<std::uint32_t>(offset >> kPageShift);
-    const std::uint32_t fewer = entry.committed - pages;
-    entry.committed = pages;
-    addressSpace.committedPages -= fewer;
-    addressSpace.idlePages += fewer;
-    if (entry.resident - pages >= kPagesWorthACall || TooMuchIdle(addressSpace)) {
-        DropIdle(region.base, entry);
-    }
+    ShrinkTo(region, static_cast<std::uint32_t>(offset >> kPageShift));
     return 1;
 }
 
 BOOL Release(void* address) {
     Unit* entry = RegionAt(address);
     if (entry == nullptr) return Refuse(ERROR_INVALID_ADDRESS), 0;
-    const UnitNumber unit = UnitOf(address);
-    Stretch& stretch = StretchOf(unit);
-    const std::uint32_t span = entry->Span();
-    if (span > 1) WideWord(stretch, unit) &= ~WideBit(stretch, unit);
-    addressSpace.committedPages -= entry->committed;
-    addressSpace.idlePages += entry->committed;
-    --addressSpace.reservations;
-    entry->Set(UnitState::kWarm, span);
-    PutRun(unit, *entry, stretch);
+    Dissolve({UnitOf(address), entry});
     return 1;
 }
 
@@ -164,9 +206,12 @@ BOOL Release(void* address) {
 
 void* VirtualAlloc(void* address, SIZE_T size, DWORD type, DWORD) {
     const LockGuard guard(addressSpace.lock);
-    if (ToldToFail()) return Refuse(ERROR_NOT_ENOUGH_MEMORY);
+    if (CountsDownToFault()) [[unlikely]]
+        return Refuse(ERROR_NOT_ENOUGH_MEMORY);
     if (type == MEM_COMMIT) return Commit(address, size);
-    if (type == MEM_RESERVE && address == nullptr) return Reserve(size);
+    if (address == nullptr && (type & ~MEM_COMMIT) == MEM_RESERVE) {
+        return Reserve(size, (type & MEM_COMMIT) != 0);
+    }
     return Refuse(ERROR_INVALID_PARAMETER);
 }
 

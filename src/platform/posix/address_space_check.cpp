@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "platform/posix/address_space.h"
 #include "platform/posix/faults.h"
 
@@ -6,36 +8,45 @@ namespace veldt::platform::faults {
 namespace {
 
 struct Sums {
-    std::uint64_t regions = 0;
     std::uint64_t committed = 0;
-    std::uint64_t idle = 0;
+    std::uint64_t endPages = 0;
+    std::uint64_t singlePages = 0;
     std::uint64_t warmRuns = 0;
     std::uint64_t coldRuns = 0;
-    bool keptSeen = false;
+    std::uint64_t hotRuns = 0;
+    std::uint64_t widePages = 0;
 };
-
-bool IsWide(const Stretch& stretch, std::uint32_t index) {
-    return (stretch.wideRegions[index / 64] >> index % 64 & 1) != 0;
-}
 
 const char* CheckRegion(const Stretch& stretch, std::uint32_t index, Sums& sums) {
     const Unit& entry = stretch.units[index];
     const std::uint32_t span = entry.Span();
     if (entry.committed > entry.resident) return "a region has more committed than resident";
     if (entry.resident > span * kPagesPerUnit) return "a region has memory beyond its end";
-    for (std::uint32_t unit = 0; unit < span; ++unit) {
-        if (IsWide(stretch, index + unit) != (span > 1 && unit == 0)) return "a wide mark is wrong";
-    }
     if (span > 1 && (&entry)[span - 1].State() != UnitState::kInside) {
         return "the last unit of a region looks free";
     }
-    ++sums.regions;
     sums.committed += entry.committed;
-    sums.idle += entry.resident - entry.committed;
+    if (entry.committed != 0) sums.endPages += entry.resident - entry.committed;
     return nullptr;
 }
 
-const char* CheckFree(const Stretch& stretch, std::uint32_t index, Sums& sums) {
+const char* CheckHot(const Stretch& stretch, std::uint32_t index, Sums& sums) {
+    const UnitNumber unit = stretch.first + index;
+    const Unit& entry = stretch.units[index];
+    ++sums.hotRuns;
+    if (unit == addressSpace.hot.unit && addressSpace.hotSpan != 0) {
+        if (addressSpace.hot.entry != &entry) return "the hot run's entry is another one's";
+        return entry.Span() == addressSpace.hotSpan ? nullptr : "the hot run's length is wrong";
+    }
+    const auto isThis = [unit](const Run& run) { return run.unit == unit; };
+    if (std::count_if(addressSpace.singles, addressSpace.singles + addressSpace.singleCount,
+                      isThis) != 1) {
+        return "a hot run is not known as one";
+    }
+    return entry.Span() == 1 && entry.resident != 0 ? nullptr : "a hot single unit is not one";
+}
+
+const char* CheckBinned(const Stretch& stretch, std::uint32_t index, Sums& sums) {
     const Unit& entry = stretch.units[index];
     const std::uint32_t span = entry.Span();
     const bool warm = entry.State() == UnitState::kWarm;
@@ -44,19 +55,34 @@ const char* CheckFree(const Stretch& stretch, std::uint32_t index, Sums& sums) {
     if (span > 1 && (last.State() != lastState || last.Span() != span)) {
         return "the last unit of a free run disagrees with the first";
     }
-    for (std::uint32_t unit = 0; unit < span; ++unit) {
-        if (IsWide(stretch, index + unit)) return "a wide mark in a free run";
-    }
     if (warm != (entry.resident != 0)) return "a run's memory disagrees with its state";
     if (entry.resident > span * kPagesPerUnit) return "a free run has memory beyond its end";
     if (warm && span > kMaxWarmUnits) return "a warm run is too long";
     if (!warm && index + span == stretch.carved) return "a cold run ends at the untouched part";
-    if (stretch.first + index == addressSpace.kept) {
-        sums.keptSeen = true;
-        if (addressSpace.keptPages != entry.resident) return "the kept run's pages are wrong";
-    }
-    sums.idle += entry.resident;
+    (span > 1 ? sums.widePages : sums.singlePages) += entry.resident;
     ++(warm ? sums.warmRuns : sums.coldRuns);
+    return nullptr;
+}
+
+const char* CheckRun(const Stretch& stretch, std::uint32_t index, Sums& sums) {
+    switch (stretch.units[index].State()) {
+        case UnitState::kRegion:
+            return CheckRegion(stretch, index, sums);
+        case UnitState::kHot:
+            return CheckHot(stretch, index, sums);
+        case UnitState::kWarm:
+        case UnitState::kCold:
+            return CheckBinned(stretch, index, sums);
+        default:
+            return "a run's state";
+    }
+}
+
+/// No unit behind a run's first may pass for a region.
+const char* CheckInside(const Stretch& stretch, std::uint32_t index) {
+    for (std::uint32_t unit = 1; unit < stretch.units[index].Span(); ++unit) {
+        if (stretch.units[index + unit].State() == UnitState::kRegion) return "a region in a run";
+    }
     return nullptr;
 }
 
@@ -65,14 +91,11 @@ const char* CheckStretch(const Stretch& stretch, Sums& sums) {
     std::uint32_t index = 0;
     while (index < stretch.carved) {
         const Unit& entry = stretch.units[index];
-        const UnitState state = entry.State();
-        const bool cold = state == UnitState::kCold;
+        const bool cold = entry.State() == UnitState::kCold;
         if (entry.Span() == 0 || entry.Span() > stretch.carved - index) return "a run's length";
         if (cold && afterCold) return "two cold runs touch";
-        if (!cold && state != UnitState::kWarm && state != UnitState::kRegion)
-            return "a run's state";
-        const char* wrong = state == UnitState::kRegion ? CheckRegion(stretch, index, sums)
-                                                        : CheckFree(stretch, index, sums);
+        const char* wrong = CheckRun(stretch, index, sums);
+        if (wrong == nullptr) wrong = CheckInside(stretch, index);
         if (wrong != nullptr) return wrong;
         afterCold = cold;
         index += entry.Span();
@@ -107,10 +130,12 @@ const char* CheckAddressSpace() {
         const char* wrong = CheckStretch(stretchTable.stretches[index], sums);
         if (wrong != nullptr) return wrong;
     }
-    if (sums.regions != addressSpace.reservations) return "the count of reservations is wrong";
     if (sums.committed != addressSpace.committedPages) return "the committed pages don't add up";
-    if (sums.idle != addressSpace.idlePages) return "the idle pages don't add up";
-    if (sums.keptSeen != (addressSpace.kept != 0)) return "the kept run is not a free run";
+    if (sums.endPages != addressSpace.endPages) return "the ends of regions don't add up";
+    if (sums.singlePages != addressSpace.singlePages) return "the single pages don't add up";
+    if (sums.widePages != addressSpace.widePages) return "the wide pages don't add up";
+    const std::uint64_t hotRuns = addressSpace.singleCount + (addressSpace.hotSpan != 0 ? 1u : 0u);
+    if (sums.hotRuns != hotRuns) return "a hot run is not in the tables";
     const char* wrong = CheckBins(addressSpace.warm, UnitState::kWarm, sums.warmRuns);
     if (wrong != nullptr) return wrong;
     return CheckBins(addressSpace.cold, UnitState::kCold, sums.coldRuns);

@@ -15,6 +15,9 @@ void LimitCommitted(std::uint64_t bytes);
 /// kNever lifts it.
 void FailVirtualAlloc(std::uint64_t n, bool onward = false);
 
+/// What VirtualAlloc calls, under its lock, when it fails for this reason.
+void OnFault();
+
 /// The same for GlobalAlloc and GlobalReAlloc.
 void FailGlobalAlloc(std::uint64_t n, bool onward = false);
 
@@ -26,6 +29,7 @@ struct AddressSpaceCounts {
     std::uint64_t idleBytes;       ///< perhaps resident now though not committed
 };
 
+/// Walks every run.
 AddressSpaceCounts CountAddressSpace();
 
 /// What is wrong with the tables of the address space, null if nothing is. Walks every run.

@@ -20,50 +20,57 @@ class FreeRuns {
         return kExactBins + (octave - 6) * 4 + (((span - 1) >> (octave - 2)) & 3);
     }
 
-    void PushFront(UnitNumber unit, Unit& entry) {
-        const unsigned bin = BinOf(entry.Span());
+    void PushFront(Run run) {
+        const unsigned bin = BinOf(run.entry->Span());
         const UnitNumber head = heads_[bin];
         if (head == 0) {
-            entry.next = entry.previous = unit;
+            run.entry->next = run.entry->previous = run.unit;
             masks_[bin / 64] |= std::uint64_t{1} << bin % 64;
         } else {
             Unit& first = UnitAt(head);
-            entry.next = head;
-            entry.previous = first.previous;
-            UnitAt(first.previous).next = unit;
-            first.previous = unit;
+            run.entry->next = head;
+            run.entry->previous = first.previous;
+            UnitAt(first.previous).next = run.unit;
+            first.previous = run.unit;
         }
-        heads_[bin] = unit;
+        heads_[bin] = run.unit;
     }
 
-    void Remove(UnitNumber unit, Unit& entry) {
-        const unsigned bin = BinOf(entry.Span());
-        if (entry.next == unit) {
+    void Remove(Run run) {
+        const unsigned bin = BinOf(run.entry->Span());
+        if (run.entry->next == run.unit) {
             heads_[bin] = 0;
             masks_[bin / 64] &= ~(std::uint64_t{1} << bin % 64);
             return;
         }
-        UnitAt(entry.previous).next = entry.next;
-        UnitAt(entry.next).previous = entry.previous;
-        if (heads_[bin] == unit) heads_[bin] = entry.next;
+        UnitAt(run.entry->previous).next = run.entry->next;
+        UnitAt(run.entry->next).previous = run.entry->previous;
+        if (heads_[bin] == run.unit) heads_[bin] = run.entry->next;
     }
 
-    /// The newest run of exactly one unit, or 0.
-    UnitNumber FindSingle() const { return heads_[0]; }
+    /// The newest run of exactly one unit, or none.
+    Run FindSingle() const { return RunAt(heads_[0]); }
 
-    /// The newest run of the smallest sufficient bin, or 0. Above 64 units it may walk the runs of
-    /// the one bin in which lengths to both sides of `span` meet.
-    UnitNumber Find(std::uint32_t span) const;
+    /// The newest run of the smallest sufficient bin, or none. Above 64 units it may walk the runs
+    /// of the one bin in which lengths to both sides of `span` meet.
+    Run Find(std::uint32_t span) const;
 
-    /// The run longest unused in the highest bin below `limit`, or 0; gives its bin as well.
-    UnitNumber Oldest(unsigned limit, unsigned* bin) const;
+    /// The longest unused of the single units, or of the runs of several units in the lowest bin
+    /// that has any; none if there is none.
+    Run OldestSingle() const { return Oldest(0); }
+    Run OldestOfShortestWide() const;
 
     UnitNumber Head(unsigned bin) const { return heads_[bin]; }
 
     static constexpr unsigned kBins = 128;
 
   private:
-    UnitNumber NewestFrom(unsigned bin) const;
+    static Run RunAt(UnitNumber unit) { return unit != 0 ? Run{unit, &UnitAt(unit)} : Run{}; }
+
+    Run Oldest(unsigned bin) const {
+        return heads_[bin] != 0 ? RunAt(UnitAt(heads_[bin]).previous) : Run{};
+    }
+    Run NewestFrom(unsigned bin) const;
 
     UnitNumber heads_[kBins];
     std::uint64_t masks_[kBins / 64];  ///< a bit for each bin that is not empty

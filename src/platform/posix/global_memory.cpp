@@ -47,7 +47,7 @@ constinit GlobalMemory memory = {};
 
 Slot& SlotAt(std::uint32_t index) {
     const std::uint32_t place = index + kFirstChunk;
-    const unsigned chunk = static_cast<unsigned>(std::bit_width(place / kFirstChunk)) - 1;
+    const auto chunk = static_cast<unsigned>(std::bit_width(place / kFirstChunk / 2));
     return memory.chunks[chunk][place - (kFirstChunk << chunk)];
 }
 
@@ -100,10 +100,13 @@ bool ToldToFail() {
     return memory.calls++ - memory.failFrom < memory.failCount;
 }
 
+/// Nothing larger is ever asked of malloc.
+constexpr SIZE_T kMaxBytes = PTRDIFF_MAX / 2;
+
 /// What malloc would round up to anyway, so that a locked block has room to grow in its place.
 SIZE_T CapacityFor(SIZE_T size) {
     constexpr SIZE_T kStep = 2 * sizeof(void*);
-    return size <= PTRDIFF_MAX - kStep ? (size + kStep - 1) & ~(kStep - 1) : size;
+    return (size + kStep - 1) & ~(kStep - 1);
 }
 
 /// Makes room for `size` bytes. A locked block stays where it is, even when it gets smaller.
@@ -136,7 +139,7 @@ HGLOBAL GlobalAlloc(UINT flags, SIZE_T size) {
         return nullptr;
     }
     const LockGuard guard(memory.lock);
-    if (ToldToFail()) return OutOfMemory();
+    if (ToldToFail() || size > kMaxBytes) return OutOfMemory();
     const SIZE_T capacity = CapacityFor(size);
     std::byte* data = nullptr;
     if (size != 0) {
@@ -154,7 +157,7 @@ HGLOBAL GlobalReAlloc(HGLOBAL block, SIZE_T size, UINT flags) {
     const LockGuard guard(memory.lock);
     Slot* slot = Find(block);
     if (slot == nullptr) return nullptr;
-    if (ToldToFail() || !Resize(*slot, size)) return OutOfMemory();
+    if (ToldToFail() || size > kMaxBytes || !Resize(*slot, size)) return OutOfMemory();
     if ((flags & GMEM_ZEROINIT) != 0 && size > slot->size) {
         std::memset(slot->data + slot->size, 0, size - slot->size);
     }

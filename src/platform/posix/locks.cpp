@@ -15,9 +15,8 @@ constexpr long kSleepNanoseconds = 1'000'000;
 std::uint32_t lastThreadNumber = 0;
 
 bool TryEnter(CRITICAL_SECTION* section, std::uint32_t self) {
-    std::uint32_t free = 0;
-    return std::atomic_ref(section->owner)
-        .compare_exchange_strong(free, self, std::memory_order_acquire, std::memory_order_relaxed);
+    std::uint32_t seen = 0;
+    return locks::TryEnter(section, self, seen);
 }
 
 std::uint32_t Owner(CRITICAL_SECTION* section) {

@@ -4,6 +4,10 @@
 #include <atomic>
 #include <cstdint>
 
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#endif
+
 namespace veldt::platform {
 
 /// A lock that its holder may enter again. Nobody else's wanting it costs a few nanoseconds. All
@@ -21,9 +25,41 @@ namespace locks {
 /// 0 until the thread asks for its number for the first time.
 extern constinit thread_local std::uint32_t threadNumber;
 
+/// Whether the process has one thread only: then nobody can come between a load and a store, and
+/// the first thread that it starts will see what was stored.
+inline bool OnlyThread() {
+#if __has_include(<sys/single_threaded.h>)
+    return __libc_single_threaded != 0;
+#else
+    return false;
+#endif
+}
+
+/// Takes the lock if it is free; otherwise gives its holder in `seen`, which comes in as 0.
+inline bool TryEnter(CRITICAL_SECTION* section, std::uint32_t self, std::uint32_t& seen) {
+    std::atomic_ref owner(section->owner);
+    if (OnlyThread()) {
+        seen = owner.load(std::memory_order_relaxed);
+        if (seen != 0) return false;
+        owner.store(self, std::memory_order_relaxed);
+        return true;
+    }
+    return owner.compare_exchange_strong(seen, self, std::memory_order_acquire,
+                                         std::memory_order_relaxed);
+}
+
 std::uint32_t NumberThisThread();
 void EnterContended(CRITICAL_SECTION* section, std::uint32_t self);
 void WakeOne(CRITICAL_SECTION* section);
+
+inline void Unlock(CRITICAL_SECTION* section) {
+    std::atomic_ref(section->owner).store(0, std::memory_order_release);
+    // The load may pass the store and miss a thread that is just lying down. That costs it the
+    // time limit of one sleep, which is cheaper than a fence at every leave.
+    if (std::atomic_ref(section->waiters).load(std::memory_order_relaxed) != 0) [[unlikely]] {
+        WakeOne(section);
+    }
+}
 
 }  // namespace locks
 
@@ -42,9 +78,7 @@ inline void DeleteCriticalSection(CRITICAL_SECTION*) {}
 inline void EnterCriticalSection(CRITICAL_SECTION* section) {
     const std::uint32_t self = GetCurrentThreadId();
     std::uint32_t seen = 0;
-    if (std::atomic_ref(section->owner)
-            .compare_exchange_strong(seen, self, std::memory_order_acquire,
-                                     std::memory_order_relaxed)) [[likely]] {
+    if (locks::TryEnter(section, self, seen)) [[likely]] {
         section->depth = 1;
     } else if (seen == self) {
         ++section->depth;
@@ -55,25 +89,26 @@ inline void EnterCriticalSection(CRITICAL_SECTION* section) {
 
 inline void LeaveCriticalSection(CRITICAL_SECTION* section) {
     if (--section->depth != 0) return;
-    std::atomic_ref(section->owner).store(0, std::memory_order_release);
-    // The load may pass the store and miss a thread that is just lying down. That costs it the
-    // time limit of one sleep, which is cheaper than a fence at every leave.
-    if (std::atomic_ref(section->waiters).load(std::memory_order_relaxed) != 0) [[unlikely]] {
-        locks::WakeOne(section);
-    }
+    locks::Unlock(section);
 }
 
-/// Holds a lock for a scope.
+/// Holds a lock of this layer's own for a scope. Nothing in this layer enters such a lock twice, so
+/// that neither the thread's number nor the depth need be looked at.
 class LockGuard {
   public:
     explicit LockGuard(CRITICAL_SECTION& section) : section_(section) {
-        EnterCriticalSection(&section_);
+        std::uint32_t seen = 0;
+        if (!locks::TryEnter(&section_, kSomebody, seen)) [[unlikely]] {
+            locks::EnterContended(&section_, kSomebody);
+        }
     }
-    ~LockGuard() { LeaveCriticalSection(&section_); }
+    ~LockGuard() { locks::Unlock(&section_); }
     LockGuard(const LockGuard&) = delete;
     LockGuard& operator=(const LockGuard&) = delete;
 
   private:
+    static constexpr std::uint32_t kSomebody = ~std::uint32_t{0};
+
     CRITICAL_SECTION& section_;
 };
 

@@ -44,7 +44,7 @@ bool AddStretch(std::size_t bytes) {
     std::byte* base = MapAligned(bytes);
     if (base == nullptr) return false;
     const std::size_t units = bytes >> kUnitShift;
-    std::byte* table = Map(units * sizeof(Unit) + units / 8, PROT_READ | PROT_WRITE);
+    std::byte* table = Map(units * sizeof(Unit), PROT_READ | PROT_WRITE);
     if (table == nullptr) {
         Unmap(base, bytes);
         return false;
@@ -56,9 +56,10 @@ bool AddStretch(std::size_t bytes) {
     const std::size_t index = ++stretchTable.count;
     Stretch& stretch = stretchTable.stretches[index];
     stretch.units = reinterpret_cast<Unit*>(table);
-    stretch.wideRegions = reinterpret_cast<std::uint64_t*>(table + units * sizeof(Unit));
     stretch.first = UnitOf(base);
     stretch.count = static_cast<std::uint32_t>(units);
+    stretchTable.entries[index] =
+        reinterpret_cast<std::uintptr_t>(table) - std::uintptr_t{stretch.first} * sizeof(Unit);
     std::fill_n(stretchTable.root + (stretch.first >> (kSlotShift - kUnitShift)),
                 bytes >> kSlotShift, static_cast<std::uint8_t>(index));
     return true;
@@ -92,12 +93,14 @@ bool Open(Stretch& stretch, std::uint32_t upTo) {
     return false;
 }
 
-UnitNumber CarveFrom(Stretch& stretch, std::uint32_t span) {
-    if (span > stretch.count - stretch.carved) return 0;
-    if (!Open(stretch, stretch.carved + span)) return 0;
+Run CarveFrom(Stretch& stretch, std::uint32_t span) {
+    if (span > stretch.count - stretch.carved) return {};
+    if (!Open(stretch, stretch.carved + span)) return {};
     const UnitNumber unit = stretch.first + stretch.carved;
     stretch.carved += span;
-    return unit;
+    Unit& entry = stretch.At(unit);
+    entry.resident = 0;
+    return {unit, &entry};
 }
 
 }  // namespace
@@ -105,12 +108,13 @@ UnitNumber CarveFrom(Stretch& stretch, std::uint32_t span) {
 constinit StretchTable stretchTable = {};
 constinit std::uint64_t addressSpaceSystemCalls = 0;
 
-UnitNumber Carve(std::uint32_t span) {
+Run Carve(std::uint32_t span) {
     for (std::size_t index = 1; index <= stretchTable.count; ++index) {
-        const UnitNumber unit = CarveFrom(stretchTable.stretches[index], span);
-        if (unit != 0) return unit;
+        const Run run = CarveFrom(stretchTable.stretches[index], span);
+        if (run.entry != nullptr) return run;
     }
-    return AddStretchFor(span) ? CarveFrom(stretchTable.stretches[stretchTable.count], span) : 0;
+    return AddStretchFor(span) ? CarveFrom(stretchTable.stretches[stretchTable.count], span)
+                               : Run{};
 }
 
 void GiveBack(std::byte* base, std::size_t bytes) {

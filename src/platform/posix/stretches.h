@@ -18,13 +18,15 @@ inline constexpr unsigned kPageShift = 12;
 inline constexpr std::size_t kPageBytes = std::size_t{1} << kPageShift;
 inline constexpr std::uint32_t kPagesPerUnit = 1u << (kUnitShift - kPageShift);
 
-/// What a unit is the first or the last of. The last unit of a free run says so and repeats the
-/// run's length, unless it is the first as well; the last unit of a region and everything between
-/// first and last counts as `kInside`, though what is between is never read.
-enum class UnitState : std::uint32_t { kInside, kRegion, kWarm, kCold, kWarmEnd, kColdEnd };
+/// What a unit is the first or the last of. The last unit of a warm or cold run says so and repeats
+/// the run's length, unless it is the first as well; the last unit of a region or a hot run is
+/// `kInside`. What stands between first and last is never read, but for one thing: it is never
+/// `kRegion`, so that no address inside a run passes for a region's base.
+enum class UnitState : std::uint32_t { kInside, kRegion, kHot, kWarm, kCold, kWarmEnd, kColdEnd };
 
-/// The entry of a unit. A run is a region or a stretch of free units; a free run is warm if some
-/// of its memory may be resident, else cold. Two cold runs never touch.
+/// The entry of a unit. A run is a region or a row of free units; a free run is cold if none of its
+/// memory can be resident, else warm or, among the ones released last, hot. Two cold runs never
+/// touch.
 struct Unit {
     std::uint32_t run;  ///< units of the run in the low 24 bits, the state above
 
@@ -48,15 +50,11 @@ static_assert(sizeof(Unit) == 16);
 /// has come back. Units first to first + opened are readable and writable, the rest faults.
 struct Stretch {
     Unit* units;
-    /// One bit a unit, set for the first one of each region of several units, so that an address
-    /// inside a region finds the base.
-    std::uint64_t* wideRegions;
     UnitNumber first;
     std::uint32_t count;
     std::uint32_t carved;
     std::uint32_t opened;
 
-    bool Contains(UnitNumber unit) const { return unit - first < count; }
     Unit& At(UnitNumber unit) const { return units[unit - first]; }
 };
 
@@ -68,29 +66,27 @@ inline constexpr std::uint32_t kUnitsPerSlot = 1u << (kSlotShift - kUnitShift);
 inline constexpr std::size_t kSlots = std::size_t{1} << (kAddressBits - kSlotShift);
 inline constexpr std::size_t kMaxStretches = 256;
 
+/// By a stretch's index; the first one stands for all slots that are not ours.
 struct StretchTable {
-    Stretch stretches[kMaxStretches];  ///< the first one is empty, for slots that are not ours
-    std::size_t count;                 ///< without the empty one
+    std::size_t count;                      ///< without the one that isn't ours
+    std::uintptr_t entries[kMaxStretches];  ///< where the entry of unit 0 would be; 0 if not ours
+    Stretch stretches[kMaxStretches];
     std::uint8_t root[kSlots];
 };
 
 extern StretchTable stretchTable;
 
+inline std::size_t StretchIndexOf(UnitNumber unit) {
+    return stretchTable.root[unit >> (kSlotShift - kUnitShift)];
+}
+
 inline Stretch& StretchOf(UnitNumber unit) {
-    return stretchTable.stretches[stretchTable.root[unit >> (kSlotShift - kUnitShift)]];
+    return stretchTable.stretches[StretchIndexOf(unit)];
 }
 
 inline Unit& UnitAt(UnitNumber unit) {
-    return StretchOf(unit).At(unit);
-}
-
-/// The entry of the unit that an address lies in, null if it is not in any stretch.
-inline Unit* FindUnit(const void* address) {
-    const auto bits = reinterpret_cast<std::uintptr_t>(address);
-    const auto unit = bits >> kUnitShift;
-    if (unit >= kSlots * kUnitsPerSlot) return nullptr;
-    const Stretch& stretch = StretchOf(static_cast<UnitNumber>(unit));
-    return stretch.count != 0 ? &stretch.At(static_cast<UnitNumber>(unit)) : nullptr;
+    const std::uintptr_t entries = stretchTable.entries[StretchIndexOf(unit)];
+    return *reinterpret_cast<Unit*>(entries + std::uintptr_t{unit} * sizeof(Unit));
 }
 
 inline UnitNumber UnitOf(const void* address) {
@@ -98,12 +94,25 @@ inline UnitNumber UnitOf(const void* address) {
 }
 
 inline std::byte* BaseOf(UnitNumber unit) {
-    return reinterpret_cast<std::byte*>(static_cast<std::uintptr_t>(unit) << kUnitShift);
+    return reinterpret_cast<std::byte*>(std::uintptr_t{unit} << kUnitShift);
 }
 
-/// Takes `span` units off the untouched end of a stretch and opens them; 0 if neither the
+/// The entry of the unit that an address lies in, null if it is not in any stretch.
+inline Unit* FindUnit(const void* address) {
+    if (reinterpret_cast<std::uintptr_t>(address) >> (kAddressBits - 1) > 1) return nullptr;
+    const UnitNumber unit = UnitOf(address);
+    return stretchTable.entries[StretchIndexOf(unit)] != 0 ? &UnitAt(unit) : nullptr;
+}
+
+/// A run, or none at all, when both are null.
+struct Run {
+    UnitNumber unit;
+    Unit* entry;
+};
+
+/// Takes `span` units off the untouched end of a stretch and opens them; none if neither the
 /// stretches nor the kernel have that much. Looks at every stretch once.
-UnitNumber Carve(std::uint32_t span);
+Run Carve(std::uint32_t span);
 
 /// Gives the memory of pages back to the kernel.
 void GiveBack(std::byte* base, std::size_t bytes);

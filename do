@@ -54,7 +54,7 @@ verb_setup() {
 
 verb_run() {
     build native veldt-replay
-    exec build/native/tools/veldt-replay --verify "${@:-examples/traces/perl.trace}"
+    exec build/native/tools/veldt-replay --verify "$@" examples/traces/perl.trace
 }
 
 verb_test() {

@@ -134,7 +134,7 @@ verb_help() {
     cat <<'END'
 usage: ./do VERB
   setup          install what all the verbs below need, and make the tree for Wine
-  run [TRACE]    build veldt-replay and replay a real program's memory on this heap
+  run [OPTION...] build veldt-replay and replay a real program's memory on this heap
   test [PRESET]  build and run the tests of a preset (native if none is named)
   test-windows   build VELDT20.dll and run all tests under Wine
   exports        write the committed lists of exported symbols anew

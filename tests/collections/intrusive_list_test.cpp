@@ -5,10 +5,8 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
-#include <functional>
 #include <random>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "support/seed.h"
@@ -21,25 +19,12 @@ struct Element {
     void *single, *nextA, *prevA, *prevB, *nextB;
 };
 
-constexpr unsigned int kSingle = offsetof(Element, single);
-constexpr unsigned int kNextA = offsetof(Element, nextA);
-constexpr unsigned int kPrevA = offsetof(Element, prevA);
-constexpr unsigned int kNextB = offsetof(Element, nextB);
-constexpr unsigned int kPrevB = offsetof(Element, prevB);
-
 __XPOSITION* At(void* element) {
     return static_cast<__XPOSITION*>(element);
 }
 
 using Elements = std::vector<void*>;
-
-Elements Walked(__XPOSITION* from, const std::function<void*(__XPOSITION*&)>& step) {
-    Elements elements;
-    while (from != nullptr) {
-        elements.push_back(step(from));
-    }
-    return elements;
-}
+using Way = std::mt19937::result_type;
 
 TEST(IntrusiveLists, WriteLinksWhereToldAndNowhereElse) {
     constexpr std::size_t kOffset = 3;
@@ -61,7 +46,7 @@ TEST(IntrusiveLists, WriteLinksWhereToldAndNowhereElse) {
 
 TEST(IntrusiveLists, OuterLinksOfADoubleListAreNeitherWrittenNorBelieved) {
     Element a{}, b{}, stale{};
-    XIntrusiveDoubleList list(kNextA, kPrevA);
+    XIntrusiveDoubleList list(offsetof(Element, nextA), offsetof(Element, prevA));
     a.prevA = b.nextA = &stale;
     list.AddTail(&b);
     list.AddHead(&a);
@@ -76,40 +61,29 @@ TEST(IntrusiveLists, OuterLinksOfADoubleListAreNeitherWrittenNorBelieved) {
     EXPECT_EQ(b.nextA, nullptr);
 }
 
-TEST(IntrusiveLists, LetElementsGoAsTheyAre) {
+TEST(IntrusiveLists, ForgetElementsAsTheyAre) {
     Element a{}, b{};
-    {
-        XIntrusiveDoubleList list(kNextA, kPrevA);
-        list.AddHead(&a);
-        XIntrusiveDoubleList heir(kNextB, kPrevB);
-        heir = list;
-        heir.AddTail(&b);
-        heir.RemoveAll();
-        EXPECT_EQ(heir.GetCount(), 0);
-        EXPECT_EQ(heir.GetHead(), nullptr);
-        EXPECT_EQ(heir.GetTail(), nullptr);
+    XIntrusiveSingleList single(offsetof(Element, single));
+    XIntrusiveDoubleList pair(offsetof(Element, nextA), offsetof(Element, prevA));
+    single.InsertAfter(single.AddHead(&a), &b);
+    pair.InsertAfter(pair.AddHead(&a), &b);
+    XIntrusiveDoubleList heir(0, 0);
+    heir = pair;
+    EXPECT_EQ(heir.GetTail(), &b);
+    single.Construct(offsetof(Element, nextB));
+    single.AddHead(&b);
+    single.AddHead(&a);
+    EXPECT_EQ(single.GetCount(), 2);
+    single.RemoveAll();
+    heir.RemoveAll();
+    EXPECT_EQ(single.GetHead(), nullptr);
+    EXPECT_EQ(heir.GetHead(), nullptr);
+    EXPECT_EQ(heir.GetTail(), nullptr);
+    EXPECT_EQ(single.GetCount() + heir.GetCount(), 0);
+    for (void* link : {a.single, a.nextA, a.nextB}) {
+        EXPECT_EQ(link, &b);
     }
-    EXPECT_EQ(a.nextA, &b);
     EXPECT_EQ(b.prevA, &a);
-}
-
-TEST(IntrusiveLists, ConstructServesRawMemoryAndForgetsAChain) {
-    alignas(XIntrusiveSingleList) unsigned char memory[sizeof(XIntrusiveSingleList)];
-    std::memset(memory, 0xA5, sizeof memory);
-    auto* list = reinterpret_cast<XIntrusiveSingleList*>(memory);
-    Element a{}, b{};
-    for (const auto& [offset, field] : {std::pair{kSingle, &b.single}, {kNextA, &b.nextA}}) {
-        list->Construct(offset);
-        EXPECT_EQ(list->IsEmpty(), 1);
-        list->AddHead(&a);
-        list->AddHead(&b);
-        EXPECT_EQ(*field, &a);
-        EXPECT_EQ(list->GetCount(), 2);
-    }
-    list->RemoveAll();
-    EXPECT_EQ(list->GetCount(), 0);
-    EXPECT_EQ(list->GetHead(), nullptr);
-    EXPECT_EQ(b.nextA, &a);
 }
 
 /// One of the lists that the elements are on, and what it must hold.
@@ -121,12 +95,15 @@ struct ListRun {
     std::vector<void * Element::*> links;
     Elements model = {};
 
-    void Step(Element& element, std::mt19937& random) {
+    void Step(Element& element, Way way) {
         const auto place = std::find(model.begin(), model.end(), &element);
         if (place == model.end()) {
-            Insert(&element, random() % (model.size() + 1), random);
+            const auto index = static_cast<std::ptrdiff_t>(way / 4 % (model.size() + 1));
+            ASSERT_EQ(Insert(&element, index, way), At(&element));
+            model.insert(model.begin() + index, &element);
         } else {
-            Remove(place, random);
+            ASSERT_EQ(Remove(&element, way), &element);
+            model.erase(place);
             for (void* Element::*link : links) {
                 ASSERT_EQ(element.*link, nullptr);
             }
@@ -134,59 +111,56 @@ struct ListRun {
         Check();
     }
 
-    // There are up to four ways to the same place; any one will do.
-    void Insert(Element* element, std::size_t index, std::mt19937& random) {
-        std::vector<std::function<__XPOSITION*()>> ways;
-        if (index == 0) {
-            ways.push_back([&] { return list.AddHead(element); });
-        } else {
-            ways.push_back([&] { return list.InsertAfter(At(model[index - 1]), element); });
+    // By the end that the place is, or next to a neighbour, which is null beyond an end.
+    __XPOSITION* Insert(Element* element, std::ptrdiff_t index, Way way) {
+        const bool first = index == 0, last = index == std::ssize(model), byEnd = way & 1;
+        if (byEnd && first) {
+            return list.AddHead(element);
         }
+        __XPOSITION* before = first ? nullptr : At(model.begin()[index - 1]);
         if constexpr (kDouble) {
-            if (index == 0) {
-                ways.push_back([&] { return list.InsertBefore(nullptr, element); });
+            if (byEnd && last) {
+                return way & 2 ? list.AddTail(element) : list.InsertAfter(nullptr, element);
             }
-            if (index == model.size()) {
-                ways.push_back([&] { return list.AddTail(element); });
-                ways.push_back([&] { return list.InsertAfter(nullptr, element); });
-            } else {
-                ways.push_back([&] { return list.InsertBefore(At(model[index]), element); });
+            if (first || (!last && way & 2)) {
+                const bool beforeNull = last || (first && way & 2);
+                return list.InsertBefore(beforeNull ? nullptr : At(model.begin()[index]), element);
             }
-        } else if (index == 0) {
-            ways.push_back([&] { return list.InsertAfter(nullptr, element); });
         }
-        ASSERT_EQ(ways[random() % ways.size()](), At(element));
-        model.insert(model.begin() + static_cast<std::ptrdiff_t>(index), element);
+        return list.InsertAfter(before, element);
     }
 
-    void Remove(Elements::iterator place, std::mt19937& random) {
-        std::vector<std::function<void*()>> ways{[&] { return list.RemoveAt(At(*place)); }};
-        if (place == model.begin()) {
-            ways.push_back([&] { return list.RemoveHead(); });
+    void* Remove(Element* element, Way way) {
+        if (way & 1 && element == model.front()) {
+            return list.RemoveHead();
         }
         if constexpr (kDouble) {
-            if (place == model.end() - 1) {
-                ways.push_back([&] { return list.RemoveTail(); });
+            if (way & 2 && element == model.back()) {
+                return list.RemoveTail();
             }
         }
-        ASSERT_EQ(ways[random() % ways.size()](), *place);
-        model.erase(place);
+        return list.RemoveAt(At(element));
     }
 
     void Check() {
-        ASSERT_EQ(Walked(list.GetHeadPosition(), [&](auto& p) { return list.GetNext(p); }), model);
         ASSERT_EQ(list.GetCount(), std::ssize(model));
         ASSERT_EQ(list.IsEmpty(), model.empty() ? 1 : 0);
         ASSERT_EQ(list.GetHead(), model.empty() ? nullptr : model.front());
+        __XPOSITION* p = list.GetHeadPosition();
         for (int index = 0; index < list.GetCount(); ++index) {
             void* element = model[static_cast<std::size_t>(index)];
             ASSERT_EQ(list.FindIndex(index), At(element));
             ASSERT_EQ(list.GetAt(list.Find(element, nullptr)), element);
+            ASSERT_EQ(list.GetNext(p), element);
         }
+        ASSERT_EQ(p, nullptr);
         ASSERT_EQ(list.FindIndex(list.GetCount()), nullptr);
         if constexpr (kDouble) {
-            ASSERT_EQ(Walked(list.GetTailPosition(), [&](auto& p) { return list.GetPrev(p); }),
-                      Elements(model.rbegin(), model.rend()));
+            p = list.GetTailPosition();
+            for (auto element = model.rbegin(); element != model.rend(); ++element) {
+                ASSERT_EQ(list.GetPrev(p), *element);
+            }
+            ASSERT_EQ(p, nullptr);
         }
     }
 };
@@ -194,21 +168,16 @@ struct ListRun {
 TEST(IntrusiveLists, RandomRunOnSeveralListsAtOnce) {
     std::mt19937 random(veldt::tests::Seed());
     std::vector<Element> elements(8);
-    ListRun<XIntrusiveSingleList> single{XIntrusiveSingleList(kSingle), {&Element::single}};
-    ListRun<XIntrusiveDoubleList> a{{kNextA, kPrevA}, {&Element::nextA, &Element::prevA}};
-    ListRun<XIntrusiveDoubleList> b{{kNextB, kPrevB}, {&Element::nextB, &Element::prevB}};
+    ListRun<XIntrusiveSingleList> single{XIntrusiveSingleList(offsetof(Element, single)),
+                                         {&Element::single}};
+    ListRun<XIntrusiveDoubleList> a{{offsetof(Element, nextA), offsetof(Element, prevA)},
+                                    {&Element::nextA, &Element::prevA}};
+    ListRun<XIntrusiveDoubleList> b{{offsetof(Element, nextB), offsetof(Element, prevB)},
+                                    {&Element::nextB, &Element::prevB}};
     for (int step = 0; step < 20000 && !HasFailure(); ++step) {
-        Element& element = elements[random() % elements.size()];
-        switch (random() % 3) {
-            case 0:
-                single.Step(element, random);
-                break;
-            case 1:
-                a.Step(element, random);
-                break;
-            default:
-                b.Step(element, random);
-        }
+        single.Step(elements[random() % 8], random());
+        a.Step(elements[random() % 8], random());
+        b.Step(elements[random() % 8], random());
     }
 }
 

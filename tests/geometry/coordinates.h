@@ -1,9 +1,5 @@
-// The rectangle classes seen alike: an order of fields and a point class for each.
+// Random coordinates, and rectangles in a width where nothing under test can overflow.
 #pragma once
-
-#include <veldt20/geometry_fixed.h>
-#include <veldt20/geometry_long.h>
-#include <veldt20/geometry_short.h>
 
 #include <cstdint>
 #include <limits>
@@ -11,69 +7,51 @@
 
 namespace veldt::tests {
 
-struct Short {
-    using Coordinate = std::int16_t;
-    using Point = XPoint;
-    using Rect = XRect;
-};
-
-struct Long {
-    using Coordinate = std::int32_t;
-    using Point = XLongPoint;
-    using Rect = XLongRect;
-};
-
-struct Fixed {
-    using Coordinate = std::int32_t;
-    using Point = XFixPoint;
-    using Rect = XFixRect;
-};
-
 /// Often the same or near another, often at the ends of the range, else anything.
 template <class Coordinate>
 Coordinate AnyCoordinate(std::mt19937& random) {
-    using Limits = std::numeric_limits<Coordinate>;
+    const auto bits = static_cast<Coordinate>(random());
+    const auto few = static_cast<Coordinate>(random() % 4);
     switch (random() % 4) {
         case 0:
-            return static_cast<Coordinate>(random() % 5);
+            return few;
         case 1:
-            return static_cast<Coordinate>(Limits::min() + static_cast<Coordinate>(random() % 3));
+            return static_cast<Coordinate>(std::numeric_limits<Coordinate>::min() + few);
         case 2:
-            return static_cast<Coordinate>(Limits::max() - static_cast<Coordinate>(random() % 3));
+            return static_cast<Coordinate>(std::numeric_limits<Coordinate>::max() - few);
         default:
-            return static_cast<Coordinate>(random());
+            return bits;
     }
 }
 
-/// Coordinates in a width of their own, so that nothing under test can overflow; `top` first.
 struct Wide {
     std::int64_t top, left, bottom, right;
 
     bool operator==(const Wide&) const = default;
-    bool Valid() const { return left <= right && top <= bottom; }
-    bool Empty() const { return left >= right || top >= bottom; }
 };
 
+/// Any rectangle in 64 bits.
 template <class Rect>
 Wide Widen(const Rect& r) {
     return {r.top, r.left, r.bottom, r.right};
 }
 
-/// What is left of wide coordinates in the width given.
-template <class Coordinate>
-Wide Wrapped(const Wide& w) {
-    return {static_cast<Coordinate>(w.top), static_cast<Coordinate>(w.left),
-            static_cast<Coordinate>(w.bottom), static_cast<Coordinate>(w.right)};
+/// What fits of 64-bit coordinates, whatever the order in which the class takes them.
+template <class Rect>
+Rect Narrow(const Wide& w) {
+    using Coordinate = decltype(Rect::top);
+    Rect r;
+    r.top = static_cast<Coordinate>(w.top);
+    r.left = static_cast<Coordinate>(w.left);
+    r.bottom = static_cast<Coordinate>(w.bottom);
+    r.right = static_cast<Coordinate>(w.right);
+    return r;
 }
 
+/// The same in 64 bits again.
 template <class Rect>
-Rect FromWide(const Wide& w) {
-    Rect r;
-    r.top = static_cast<decltype(r.top)>(w.top);
-    r.left = static_cast<decltype(r.top)>(w.left);
-    r.bottom = static_cast<decltype(r.top)>(w.bottom);
-    r.right = static_cast<decltype(r.top)>(w.right);
-    return r;
+Wide Wrapped(const Wide& w) {
+    return Widen(Narrow<Rect>(w));
 }
 
 }  // namespace veldt::tests

@@ -1,5 +1,5 @@
 #include <gtest/gtest.h>
-#include <veldt20/numerics.h>
+#include <veldt20/geometry_fixed.h>
 
 #include <algorithm>
 #include <array>
@@ -19,7 +19,6 @@ Pair Of(const XFixPoint& p) {
 }
 
 TEST(FixPoint, ProductsAndQuotientsAreTheShortcuts) {
-    EXPECT_EQ(Of(XFixPoint(3, 4)), (Pair{3, 4}));
     EXPECT_EQ(Of(XFixPoint(2 * k1, 3 * k1) * XFixPoint(k1 / 2, 2 * k1)), (Pair{k1, 6 * k1}));
     // Half of three steps is cut off where FixMul would round it.
     EXPECT_EQ(Of(XFixPoint(3, -3) * XFixPoint(k1 / 2, k1 / 2)), (Pair{1, -1}));
@@ -59,10 +58,8 @@ TEST(FixRect, RandomAgainstWideArithmetic) {
     std::mt19937 random(Seed());
     const auto any = [&] { return AnyCoordinate<std::int32_t>(random); };
     for (int run = 0; run < 20000 && !HasFailure(); ++run) {
-        const XFixRect rect(any(), any(), any(), any());
-        const XFixRect other(any(), any(), any(), any());
-        const Wide a = Widen(rect);
-        const Wide b = Widen(other);
+        const XFixRect rect(any(), any(), any(), any()), other(any(), any(), any(), any());
+        const Wide a = Widen(rect), b = Widen(other);
         EXPECT_EQ(Widen(rect | other),
                   (Wide{std::min(a.top, b.top), std::min(a.left, b.left),
                         std::max(a.bottom, b.bottom), std::max(a.right, b.right)}));
@@ -72,8 +69,7 @@ TEST(FixRect, RandomAgainstWideArithmetic) {
         EXPECT_EQ(rect.Height(), static_cast<std::int32_t>(a.bottom - a.top));
 
         const XFixPoint p(any(), any());
-        const std::int64_t x = p.x;
-        const std::int64_t y = p.y;
+        const std::int64_t x = p.x, y = p.y;
         EXPECT_EQ(rect.Contains(p),
                   a.left <= x && x <= a.right && a.top <= y && y <= a.bottom ? 1 : 0);
         changed.PtToRect(p, rect.TopLeft());
@@ -82,7 +78,7 @@ TEST(FixRect, RandomAgainstWideArithmetic) {
         changed = rect;
         changed.Inset(p.x, p.y);
         EXPECT_EQ(Widen(changed),
-                  Wrapped<std::int32_t>({a.top + y, a.left + x, a.bottom - y, a.right - x}));
+                  Wrapped<XFixRect>({a.top + y, a.left + x, a.bottom - y, a.right - x}));
         changed = rect;
         changed.Offset(p.x, p.y);
         EXPECT_EQ(Widen(changed), Widen(rect + p));

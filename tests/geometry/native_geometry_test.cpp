@@ -1,87 +1,78 @@
 #include <gtest/gtest.h>
-#include <veldt20/geometry_long.h>
-#include <veldt20/geometry_short.h>
+#include <veldt20/geometry.h>
 
 #include <array>
+#include <bit>
+#include <utility>
+#include <vector>
 
 #include "platform/platform.h"
 
 namespace {
 
-using Corners = std::array<int, 4>;  // top, left, bottom, right
-using Place = std::array<int, 2>;    // y, x
+using Numbers = std::vector<int>;
 
-Corners Of(const auto& r) {
-    return {int{r.top}, int{r.left}, int{r.bottom}, int{r.right}};
+/// The fields of a record in their order in memory.
+template <class Field, class Record>
+Numbers InOrder(const Record& record) {
+    const auto fields = std::bit_cast<std::array<Field, sizeof(Record) / sizeof(Field)>>(record);
+    return {fields.begin(), fields.end()};
 }
-Corners Of(const _SMALL_RECT& r) {
-    return {r.Top, r.Left, r.Bottom, r.Right};
+Numbers Short(const auto& record) {
+    return InOrder<std::int16_t>(record);
 }
-
-Place At(const auto& p) {
-    return {static_cast<int>(p.y), static_cast<int>(p.x)};
+Numbers Long(const auto& record) {
+    return InOrder<std::int32_t>(record);
 }
 
 TEST(NativeGeometry, CornersLieInTheRectangle) {
     XNRect rect{1, 2, 3, 4};
-    const XNRect& constant = rect;
-    EXPECT_EQ(At(TopLeft(constant)), (Place{1, 2}));
-    EXPECT_EQ(At(BotRight(constant)), (Place{3, 4}));
+    EXPECT_EQ(Short(TopLeft(std::as_const(rect))), (Numbers{1, 2}));
+    EXPECT_EQ(Short(BotRight(std::as_const(rect))), (Numbers{3, 4}));
     TopLeft(rect) = XNPoint{-1, -2};
     BotRight(rect).x = 9;
-    EXPECT_EQ(Of(rect), (Corners{-1, -2, 3, 9}));
+    EXPECT_EQ(Short(rect), (Numbers{-1, -2, 3, 9}));
 }
 
-TEST(NativeGeometry, PlatformRectanglesByName) {
-    tagRECT wide{};
-    wide.left = 65537;
-    wide.top = -1;
-    wide.right = 0x12348000;
-    wide.bottom = 70000;
+TEST(NativeGeometry, PlatformRecordsByName) {
+    tagRECT wide = std::bit_cast<tagRECT>(std::array{65537, -1, 0x12348000, 70000});
     XNRect rect{};
     RECTToXNRect(wide, rect);
-    EXPECT_EQ(Of(rect), (Corners{-1, 1, 4464, -32768}));
-    EXPECT_EQ(Of(XRect(wide)), Of(rect));
+    EXPECT_EQ(Short(rect), (Numbers{-1, 1, 4464, -32768}));
+    EXPECT_EQ(Short(XRect(wide)), Short(rect));
     XNRectToRECT(rect, wide);
-    EXPECT_EQ(Of(wide), Of(rect));
-
+    EXPECT_EQ(Long(wide), (Numbers{1, -1, -32768, 4464}));
     _SMALL_RECT console{};
     XNRectToSRect(rect, console);
-    EXPECT_EQ(Of(console), Of(rect));
-    rect = {};
-    SRectToXNRect(console, rect);
-    EXPECT_EQ(Of(rect), Of(console));
+    EXPECT_EQ(Short(console), Long(wide));
     wide = {};
     SRectToRECT(console, wide);
-    EXPECT_EQ(Of(wide), Of(console));
-}
+    EXPECT_EQ(Short(console), Long(wide));
+    XNRect back{};
+    SRectToXNRect(console, back);
+    EXPECT_EQ(Short(back), Short(rect));
 
-TEST(NativeGeometry, PlatformPointsByName) {
-    tagPOINT wide{};
-    wide.x = 70000;
-    wide.y = -1;
+    tagPOINT place = std::bit_cast<tagPOINT>(std::array{70000, -1});
     XNPoint point{};
-    POINTToXNPoint(wide, point);
-    EXPECT_EQ(At(point), (Place{-1, 4464}));
-    EXPECT_EQ(At(XPoint(wide)), (Place{-1, 4464}));
-    XNPointToPOINT(XNPoint{-2, 5}, wide);
-    EXPECT_EQ(At(wide), (Place{-2, 5}));
+    POINTToXNPoint(place, point);
+    EXPECT_EQ(Short(point), (Numbers{-1, 4464}));
+    EXPECT_EQ(Short(XPoint(place)), (Numbers{-1, 4464}));
+    XNPointToPOINT(point, place);
+    EXPECT_EQ(Long(place), (Numbers{4464, -1}));
 }
 
-TEST(NativeGeometry, PointsTakeTheHorizontalFirstAndStoreItSecond) {
-    EXPECT_EQ(At(XPoint(3, 4)), (Place{4, 3}));
-    EXPECT_EQ(At(XLongPoint(3, 4)), (Place{4, 3}));
-}
-
-TEST(NativeGeometry, NativeRecordsWidenWithTheirSignAndNarrowWithout) {
+TEST(NativeGeometry, ClassesTakeAndGiveNativeRecords) {
+    EXPECT_EQ(Short(XPoint(3, 4)), (Numbers{4, 3}));
+    EXPECT_EQ(Long(XLongPoint(3, 4)), (Numbers{4, 3}));
+    EXPECT_EQ(Long(XFixPoint(3, 4)), (Numbers{3, 4}));
+    EXPECT_EQ(Short(XPoint(XNPoint{-1, 2})), (Numbers{-1, 2}));
+    EXPECT_EQ(Long(XLongPoint(XNPoint{-1, 2})), (Numbers{-1, 2}));
     const XNRect native{-1, 2, -3, 4};
-    EXPECT_EQ(Of(XRect(native)), Of(native));
-    EXPECT_EQ(Of(XLongRect(native)), Of(native));
-    EXPECT_EQ(At(XPoint(XNPoint{-1, 2})), (Place{-1, 2}));
-    EXPECT_EQ(At(XLongPoint(XNPoint{-1, 2})), (Place{-1, 2}));
+    EXPECT_EQ(Short(XRect(native)), (Numbers{-1, 2, -3, 4}));
+    EXPECT_EQ(Long(XLongRect(native)), (Numbers{-1, 2, -3, 4}));
     XNRect back{};
     XLongRect(70000, 65537, -65537, 4).ToNativeRect(back);
-    EXPECT_EQ(Of(back), (Corners{4464, 1, -1, 4}));
+    EXPECT_EQ(Short(back), (Numbers{4464, 1, -1, 4}));
 }
 
 }  // namespace

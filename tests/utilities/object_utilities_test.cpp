@@ -18,11 +18,10 @@ TEST(RCObject, TheLastOwnerEndsIt) {
     auto* object = new Shared;
     object->RemoveReference();
     EXPECT_EQ(endings, 0);
-    object->AddReference();
-    object->AddReference();
-    EXPECT_EQ(object->IsShared(), 0);
-    object->AddReference();
-    EXPECT_EQ(object->IsShared(), 1);
+    for (const int shared : {0, 0, 1}) {
+        object->AddReference();
+        EXPECT_EQ(object->IsShared(), shared);
+    }
     object->MarkUnshareable();
     object->RemoveReference();
     EXPECT_EQ(object->IsShared(), 0);
@@ -36,13 +35,13 @@ TEST(RCObject, CopiesShareNeitherOwnersNorMark) {
     object.AddReference();
     object.AddReference();
     object.MarkUnshareable();
-    Shared copy(object);
-    EXPECT_EQ(copy.IsShared(), 0);
-    EXPECT_EQ(copy.IsShareable(), 1);
-    copy = object;
-    EXPECT_EQ(copy.IsShared(), 0);
-    EXPECT_EQ(copy.IsShareable(), 1);
-    object = copy;
+    Shared copy(object), assigned;
+    assigned = object;
+    object = Shared();
+    for (const Shared* other : {&copy, &assigned}) {
+        EXPECT_EQ(other->IsShared(), 0);
+        EXPECT_EQ(other->IsShareable(), 1);
+    }
     EXPECT_EQ(object.IsShared(), 1);
     EXPECT_EQ(object.IsShareable(), 0);
 }
@@ -52,10 +51,6 @@ TEST(Counter, GivesTheNewValue) {
     EXPECT_EQ(counter.Decrement(), -1);
     EXPECT_EQ(counter.Increment(), 0);
     EXPECT_EQ(counter.Increment(), 1);
-    XCounter copy;
-    copy = counter;
-    EXPECT_EQ(copy.Increment(), 2);
-    EXPECT_EQ(counter.Decrement(), 0);
 }
 
 int made = 0;
@@ -128,10 +123,8 @@ TEST(IDSet, BitsByIndex) {
     EXPECT_EQ(set.IsIDUsed(3 + 32), 8);
     EXPECT_EQ(set.IsIDUsed(31), std::numeric_limits<int>::min());
     EXPECT_EQ(set.IsIDUsed(4), 0);
-    const IdSet before = set;
     set.ClearIDUsed(3 + 128);
     EXPECT_EQ(set.IsIDUsed(3), 0);
-    EXPECT_EQ(IdSet(before).IsIDUsed(3), 8);
 }
 
 }  // namespace

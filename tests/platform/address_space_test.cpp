@@ -1,8 +1,13 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <algorithm>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include "platform/platform.h"
@@ -67,7 +72,9 @@ class Model {
 
     void Add() {
         const SIZE_T units = Below(3) != 0 ? 1 : 1 + Below(Below(8) == 0 ? 200 : 20);
+        if (Below(16) == 0) faults::FailVirtualAlloc(1 + Below(2));
         auto* base = static_cast<char*>(Reserve(units * kUnit));
+        if (base == nullptr) return;
         ASSERT_NE(base, nullptr);
         ASSERT_EQ(reinterpret_cast<std::uintptr_t>(base) % kUnit, 0u);
         ASSERT_EQ(Committed(base), 0u);
@@ -76,7 +83,12 @@ class Model {
             ASSERT_LE(base + units * kUnit, after->first);
         }
         Region region{units * kUnit, 0, static_cast<unsigned char>(random_())};
-        Extend(base, region, 1 + Below(units * 16));
+        const SIZE_T pages = 1 + Below(units * 16);
+        if (Commit(base, 0, pages * kPage) == nullptr) {
+            ASSERT_NE(VirtualFree(base, 0, MEM_RELEASE), 0);
+            return;
+        }
+        Extend(base, region, pages);
         regions_.emplace(base, region);
     }
 
@@ -138,12 +150,205 @@ TEST(AddressSpace, BehavesLikeTheModelUnderRandomUse) {
         if (step % 16 != 0) continue;
         ASSERT_STREQ(faults::CheckAddressSpace(), nullptr) << "step " << step;
     }
+    faults::FailVirtualAlloc(faults::kNever);
     model.CheckAll();
     model.RemoveAll();
     EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
     const auto after = faults::CountAddressSpace();
     EXPECT_EQ(after.reservations, before.reservations);
     EXPECT_EQ(after.committedBytes, before.committedBytes);
+}
+
+SIZE_T Resident() {
+    std::ifstream statm("/proc/self/statm");
+    SIZE_T total = 0;
+    SIZE_T resident = 0;
+    statm >> total >> resident;
+    return resident * kPage;
+}
+
+char* Take(SIZE_T size) {
+    return static_cast<char*>(
+        VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+}
+
+void Drop(void* base) {
+    EXPECT_NE(VirtualFree(base, 0, MEM_RELEASE), 0);
+}
+
+TEST(AddressSpace, WhatComesAndGoesCostsNoSystemCall) {
+    const std::vector<SIZE_T> sizes = {4096,   16384,   61440,   65536,  69632,
+                                       135168, 1 << 18, 1 << 20, 819200, (4 << 20) + 4096};
+    const auto oncePerSize = [&sizes] {
+        for (const SIZE_T size : sizes) {
+            char* base = Take(size);
+            base[0] = base[size - 1] = 1;
+            Drop(base);
+        }
+    };
+    Drop(Take(sizes.back()));
+    oncePerSize();
+    const auto before = faults::CountAddressSpace();
+    for (int round = 0; round < 100; ++round) oncePerSize();
+    const auto after = faults::CountAddressSpace();
+    EXPECT_EQ(after.systemCalls, before.systemCalls);
+    EXPECT_EQ(after.allocCalls - before.allocCalls, 100 * sizes.size());
+}
+
+TEST(AddressSpace, GivesMemoryBack) {
+    constexpr SIZE_T kBig = SIZE_T{64} << 20;
+    char* big = Take(kBig);
+    std::memset(big, 1, kBig);
+    const SIZE_T full = Resident();
+    ASSERT_NE(VirtualFree(big + kPage, kBig - kPage, MEM_DECOMMIT), 0);
+    EXPECT_LT(Resident(), full - kBig + kBig / 16);
+    EXPECT_EQ(big[0], 1);
+    Drop(big);
+
+    std::vector<char*> pages(4000);
+    for (char*& page : pages) {
+        page = Take(16384);
+        std::memset(page, 1, 16384);
+    }
+    const SIZE_T filled = Resident();
+    std::shuffle(pages.begin(), pages.end(), std::mt19937(1));
+    std::for_each(pages.begin(), pages.end(), Drop);
+    EXPECT_LT(Resident(), filled - 3800 * 16384);
+    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
+}
+
+TEST(AddressSpace, HoldsMoreRegionsThanTheKernelHasMappings) {
+    const SIZE_T count = sizeof(void*) == 8 ? 200000 : 20000;
+    std::vector<char*> regions(count);
+    for (SIZE_T at = 0; at < count; ++at) {
+        regions[at] = Take(16384);
+        ASSERT_NE(regions[at], nullptr) << at;
+        if (at % 100 == 0) regions[at][16383] = 1;
+    }
+    std::ifstream maps("/proc/self/maps");
+    EXPECT_LT(std::count(std::istreambuf_iterator<char>(maps), {}, '\n'), 1000);
+    std::shuffle(regions.begin(), regions.end(), std::mt19937(1));
+    for (SIZE_T at = 0; at < count / 2; ++at) Drop(regions[at]);
+    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
+    for (SIZE_T at = count / 2; at < count; ++at) {
+        ASSERT_EQ(Committed(regions[at]), 16384u);
+        Drop(regions[at]);
+    }
+    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
+}
+
+TEST(AddressSpace, HoldsBlocksOfNearlyFourGigabytes) {
+    const SIZE_T size = sizeof(void*) == 8 ? SIZE_T{0xFFFFF000} : SIZE_T{0x40000000};
+    auto* base = static_cast<char*>(Reserve(size));
+    ASSERT_NE(base, nullptr);
+    ASSERT_NE(Commit(base, 0, kPage), nullptr);
+    ASSERT_NE(Commit(base, kPage, size - kPage), nullptr);
+    EXPECT_EQ(Committed(base), size);
+    base[0] = base[size - 1] = 1;
+    constexpr SIZE_T kRest = 0x10000000;
+    ASSERT_NE(VirtualFree(base + kRest, size - kRest, MEM_DECOMMIT), 0);
+    EXPECT_EQ(Committed(base), kRest);
+    Drop(base);
+}
+
+TEST(AddressSpace, RefusesAtTheLimitAndWhenTold) {
+    char* base = Take(kPage);
+    const auto before = faults::CountAddressSpace();
+    faults::LimitCommitted(before.committedBytes + 3 * kPage);
+    EXPECT_NE(Commit(base, kPage, 3 * kPage), nullptr);
+    EXPECT_EQ(Commit(base, 4 * kPage, kPage), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(Take(kUnit), nullptr);
+    EXPECT_EQ(faults::CountAddressSpace().reservations, before.reservations);
+    EXPECT_EQ(Committed(base), 4 * kPage);
+    faults::LimitCommitted(faults::kNever);
+
+    faults::FailVirtualAlloc(2);
+    EXPECT_NE(Commit(base, 4 * kPage, kPage), nullptr);
+    EXPECT_EQ(Commit(base, 5 * kPage, kPage), nullptr);
+    EXPECT_NE(Commit(base, 5 * kPage, kPage), nullptr);
+    faults::FailVirtualAlloc(1, true);
+    EXPECT_EQ(Reserve(kUnit), nullptr);
+    EXPECT_EQ(Reserve(kUnit), nullptr);
+    faults::FailVirtualAlloc(faults::kNever);
+    Drop(base);
+}
+
+TEST(AddressSpace, RefusesWhatItCannotMean) {
+    char* base = static_cast<char*>(Reserve(2 * kUnit));
+    ASSERT_NE(Commit(base, 0, 2 * kPage), nullptr);
+    int elsewhere = 0;
+    EXPECT_EQ(Reserve(0), nullptr);
+    EXPECT_EQ(Reserve(~SIZE_T{0}), nullptr);
+    EXPECT_EQ(VirtualAlloc(base, kUnit, MEM_RESERVE, PAGE_NOACCESS), nullptr);
+    EXPECT_EQ(Commit(base, 3 * kPage, kPage), nullptr) << "a gap before it";
+    EXPECT_EQ(Commit(base, 0, 2 * kUnit + 1), nullptr);
+    EXPECT_EQ(Commit(base, kPage, ~SIZE_T{0}), nullptr);
+    EXPECT_EQ(Commit(&elsewhere, 0, kPage), nullptr);
+    EXPECT_EQ(VirtualFree(base, kPage, MEM_DECOMMIT), 0) << "a gap behind it";
+    EXPECT_EQ(VirtualFree(base + kUnit, 0, MEM_RELEASE), 0);
+    EXPECT_EQ(VirtualFree(base + 1, 0, MEM_RELEASE), 0);
+    EXPECT_EQ(VirtualFree(nullptr, 0, MEM_RELEASE), 0);
+    EXPECT_EQ(VirtualFree(&elsewhere, 0, MEM_RELEASE), 0);
+    EXPECT_EQ(Committed(base + kUnit), SIZE_T(-1));
+    EXPECT_EQ(Committed(base), 2 * kPage);
+    Drop(base);
+    EXPECT_EQ(Committed(base), SIZE_T(-1));
+    EXPECT_EQ(Commit(base, 0, kPage), nullptr);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+/// Where the kernel grants much less than the layer would like to have.
+[[noreturn]] void UseUpAQuarterGigabyte() {
+    constexpr SIZE_T kRoom = SIZE_T{256} << 20;
+    std::ifstream statm("/proc/self/statm");
+    SIZE_T pages = 0;
+    statm >> pages;
+    const rlimit limit = {pages * kPage + kRoom, pages * kPage + kRoom};
+    setrlimit(RLIMIT_AS, &limit);
+    std::vector<char*> regions;
+    regions.reserve(10000);
+    for (char* base = Take(kPage); base != nullptr; base = Take(kPage)) {
+        base[0] = 1;
+        regions.push_back(base);
+    }
+    const bool plenty = regions.size() * kUnit >= kRoom / 2;
+    for (SIZE_T at = 0; at < regions.size(); at += 2) VirtualFree(regions[at], 0, MEM_RELEASE);
+    for (SIZE_T at = 1; at < regions.size(); at += 2) VirtualFree(regions[at], 0, MEM_RELEASE);
+    const bool together = Reserve(regions.size() * kUnit / 8) != nullptr;
+    std::exit(plenty && together && faults::CheckAddressSpace() == nullptr ? 0 : 1);
+}
+
+TEST(AddressSpaceDeathTest, MakesDoWithWhatTheKernelGrants) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(UseUpAQuarterGigabyte(), testing::ExitedWithCode(0), "");
+}
+#endif
+
+TEST(AddressSpace, ThreadsKeepTheirRegionsApart) {
+    std::vector<std::thread> threads;
+    for (unsigned number = 1; number <= 4; ++number) {
+        threads.emplace_back([number] {
+            std::mt19937 random(number);
+            std::vector<std::pair<char*, SIZE_T>> regions;
+            for (int round = 0; round < 2000; ++round) {
+                const SIZE_T size = kPage * (1 + random() % (round % 8 != 0 ? 8 : 40));
+                regions.emplace_back(Take(size), size);
+                std::memset(regions.back().first, static_cast<int>(number), size);
+                if (regions.size() < 20) continue;
+                std::swap(regions.back(), regions[random() % regions.size()]);
+                const auto [base, bytes] = regions.back();
+                ASSERT_EQ(Committed(base), bytes);
+                ASSERT_EQ(base[0], static_cast<char>(number));
+                ASSERT_EQ(base[bytes - 1], static_cast<char>(number));
+                Drop(base);
+                regions.pop_back();
+            }
+            for (const auto& region : regions) Drop(region.first);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
 }
 
 }  // namespace

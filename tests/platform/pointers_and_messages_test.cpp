@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <cstring>
+#include <string>
+
+#include "platform/platform.h"
+
+namespace {
+
+using namespace veldt::platform;
+
+constexpr SIZE_T kPage = 4096;
+
+TEST(PointerTests, TellWhatCanBeWrittenWithoutWriting) {
+    // Writable, then read-only, then without access, then unmapped.
+    auto* pages = static_cast<char*>(
+        mmap(nullptr, 4 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    ASSERT_NE(pages, MAP_FAILED);
+    std::memset(pages, 0x5A, 2 * kPage);
+    mprotect(pages + kPage, kPage, PROT_READ);
+    mprotect(pages + 2 * kPage, kPage, PROT_NONE);
+    munmap(pages + 3 * kPage, kPage);
+
+    EXPECT_EQ(IsBadWritePtr(pages, kPage), 0);
+    EXPECT_EQ(IsBadWritePtr(pages + 1, kPage - 1), 0);
+    EXPECT_EQ(IsBadWritePtr(pages + kPage - 1, 1), 0);
+    EXPECT_NE(IsBadWritePtr(pages + 1, kPage), 0);
+    for (SIZE_T page = 1; page < 4; ++page) EXPECT_NE(IsBadWritePtr(pages + page * kPage, 1), 0);
+    EXPECT_EQ(std::string(pages, 2 * kPage), std::string(2 * kPage, 0x5A));
+    munmap(pages, 3 * kPage);
+
+    EXPECT_NE(IsBadWritePtr(nullptr, 120), 0);
+    EXPECT_NE(IsBadWritePtr(reinterpret_cast<void*>(1), 120), 0);
+    EXPECT_NE(IsBadWritePtr(reinterpret_cast<void*>(~std::uintptr_t{0}), 1), 0);
+    EXPECT_NE(IsBadWritePtr(pages, ~SIZE_T{0}), 0) << "the range wraps round";
+    EXPECT_EQ(IsBadWritePtr(nullptr, 0), 0);
+
+    EXPECT_NE(IsBadCodePtr(nullptr), 0);
+    EXPECT_EQ(IsBadCodePtr([] { return 0; }), 0);
+}
+
+std::string shown;
+
+TEST(MessageBox, AsksTheHostIfThereIsOne) {
+    EXPECT_EQ(MessageBoxA(nullptr, "text", "caption", MB_OKCANCEL), 0);
+    XHostSetMessageBox([](const char* text, const char* caption, unsigned int style) {
+        shown = std::string(text) + "/" + caption + "/" + std::to_string(style);
+        return IDRETRY;
+    });
+    EXPECT_EQ(MessageBoxA(nullptr, "text", "caption", 0x2112), IDRETRY);
+    EXPECT_EQ(shown, "text/caption/8466");
+    XHostSetMessageBox(nullptr);
+    EXPECT_EQ(MessageBoxA(nullptr, "text", "caption", MB_OKCANCEL), 0);
+}
+
+}  // namespace

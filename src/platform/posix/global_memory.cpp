@@ -212,7 +212,8 @@ namespace faults {
 void FailGlobalAlloc(std::uint64_t n, bool onward) {
     const LockGuard guard(memory.lock);
     memory.failFrom = n == kNever ? 0 : memory.calls + n - 1;
-    memory.failCount = n == kNever ? 0 : onward ? kNever : 1;
+    // Half of all numbers, since a call before the n-th stands at a wrapped distance.
+    memory.failCount = n == kNever ? 0 : onward ? kNever / 2 : 1;
 }
 
 }  // namespace faults

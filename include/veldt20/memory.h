@@ -5,7 +5,10 @@
 // asked for is 0xFFFFFFFD. XMemError tells how the last call went: 0, kMemFull or kMemBadBlock.
 #pragma once
 
+#include <veldt20/allocator.h>
+#include <veldt20/bytes.h>
 #include <veldt20/export.h>
+#include <veldt20/handle_composition.h>
 
 #include <cstdint>
 

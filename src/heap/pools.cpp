@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::uint16_t kDefaultFixedSize = 20;
 constexpr std::uint16_t kDefaultPageSize = 16384;
-constexpr std::uint16_t kDefaultLargeThreshold = 4096;
 constexpr std::uint32_t kNoCeiling = 0xFFFFFFFE;
 
 bool IsPool(const HeapPool* pool) {

@@ -10,6 +10,9 @@
 
 namespace veldt::heap {
 
+/// What a new pool has for largeThreshold.
+inline constexpr std::uint16_t kDefaultLargeThreshold = 4096;
+
 /// `count` fixed blocks are provided for, as far as there is room. Null: no room (error 2), or a
 /// fixed size that no page can hold (error 3).
 HeapPool* PoolCreate(std::uint16_t fixedSize, std::uint32_t count, std::uint32_t flags);

@@ -72,4 +72,70 @@ TEST_F(Memory, LocksAreCounted) {
     XDisposeHandle(h);
 }
 
+TEST_F(Memory, HandlesAreMadeOfOthersAndEdited) {
+    char** h = nullptr;
+    ASSERT_EQ(_XPtrToHand("one", &h, 3), 1);
+    char** copy = h;
+    ASSERT_EQ(_XHandToHand(&copy), 1);
+    EXPECT_EQ(_XPtrToXHand("two", copy, 3), 1);
+    EXPECT_EQ(_XHandAndHand(copy, h), 1);
+    EXPECT_EQ(_XPtrAndHand("three", h, 5), 1);
+    EXPECT_EQ(__XMunger(h, 0, "two", 3, "2", 1), 4);
+    ASSERT_EQ(XGetHandleSize(h), 9);
+    EXPECT_EQ(std::memcmp(*h, "one2three", 9), 0);
+
+    void* global = nullptr;
+    ASSERT_EQ(XPtrToXGlobal(*h, &global, 9), 1);
+    char** back = nullptr;
+    EXPECT_EQ(_XGlobalToHand(global, &back), 1);
+    EXPECT_EQ(std::memcmp(*back, "one2three", 9), 0);
+    XGlobalFree(global);
+    unsigned char** const string = XNewString(reinterpret_cast<const unsigned char*>("\3abc"));
+    ASSERT_NE(string, nullptr);
+    EXPECT_EQ((*string)[3], 'c');
+}
+
+TEST(Bytes, AreMovedFilledComparedAndMasked) {
+    char a[] = "abcdef";
+    XBlockMove(a, a + 2, 4);
+    EXPECT_STREQ(a, "ababcd");
+    XMemSet(a, 'x', 2);
+    XBlockClear(a + 4, 2);
+    EXPECT_EQ(XBlockEqual(a, "xxab\0\0", 6), 1);
+    XMemSetOr(a, "\x06", 1);
+    XMemSetAnd(a + 1, "\x18", 1);
+    XMemSetXor(a + 2, "a", 1);
+    EXPECT_EQ(XBlockEqual(a, "~\x18\0b", 4), 1);
+}
+
+class OpenAllocator : public XAllocator {
+  public:
+    using XAllocator::Empty;
+};
+
+TEST(Blocks, HaveAnOwnerOrAName) {
+    OpenAllocator a;
+    XAllocator b;
+    EXPECT_EQ(a.Allocate(4) + b.AllocateClear(4), 2);
+    EXPECT_EQ(a.Reallocate(8) + b.ReallocateClear(8), 2);
+    void* const block = *b;
+    a.Attach(b);
+    EXPECT_EQ(*a, block);
+    a.Detach(b);
+    EXPECT_EQ(a.Allocated(), 0);
+    static_cast<XAllocator&>(a) = b;
+    a.Empty();
+    EXPECT_EQ(a.GetSize(), 0u);
+    const XAllocatorLocker locker(b);
+    b.Lock();
+    b.Unlock();
+    b.Free();
+
+    void* global = XGlobalReAlloc(XGlobalAlloc(10), 20);
+    EXPECT_GE(XGlobalSize(global), 20u);
+    EXPECT_NE(XGlobalLock(global), nullptr);
+    XGlobalUnlock(global);
+    XGlobalFree(global);
+}
+
 }  // namespace

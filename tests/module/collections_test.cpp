@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <veldt20/collections.h>
+#include <veldt20/memory.h>
 
 #include <cstddef>
 #include <cstring>
@@ -196,6 +197,24 @@ TEST(IntrusiveDoubleList, ChainsElementsBothWays) {
     EXPECT_EQ(list.RemoveAt(last), &elements[2]);
     list.RemoveAll();
     EXPECT_EQ(list.IsEmpty(), 1);
+}
+
+TEST(HandleArray, KeepsRecordsInAHandle) {
+    ASSERT_EQ(XMemInitInstance(), 1);
+    {
+        XHandleArray array(2, 4);
+        ASSERT_EQ(array.IHandleArray(), 1);
+        EXPECT_EQ(array.Preflight(3), 1);
+        EXPECT_EQ(array.Grow(2), 1);
+        EXPECT_EQ(array.Shift(1, 1), 1);
+        EXPECT_EQ(array.GetNumElements(), 3);
+        EXPECT_EQ(array.Lock(), array.GetArrayPtr());
+        EXPECT_EQ(*array.GetArrayHandle(), array.GetArrayPtr());
+        array.Unlock();
+        array.DeleteAll();
+        EXPECT_EQ(array.GetNumElements(), 0);
+    }
+    XMemExitInstance();
 }
 
 }  // namespace

@@ -44,7 +44,8 @@ struct MEMORY_BASIC_INFORMATION {
     SIZE_T RegionSize;  ///< bytes committed from BaseAddress on, without a gap
 };
 
-/// With MEM_RESERVE and no address: `size` bytes, a multiple of 64 KB, on a 64 KB boundary. With
+/// With MEM_RESERVE and no address: `size` bytes, a multiple of 64 KB, on a 64 KB boundary; with
+/// MEM_COMMIT in the same call also usable up to `size`, rounded to 4096, or not got at all. With
 /// MEM_COMMIT and an address inside a reservation: makes those bytes, in 4096-byte steps,
 /// readable and writable; fresh ones are not promised to be zero. The range begins no further up
 /// than what is committed reaches. Null on failure, also for a range that leaves the reservation.
@@ -97,7 +98,7 @@ inline constexpr UINT GMEM_SHARE = 0x2000;
 /// block of no bytes has a name but can't be locked.
 HGLOBAL GlobalAlloc(UINT flags, SIZE_T size);
 /// The same name; null if there is no room, and then the block is as it was. A locked block never
-/// moves: it finds room where it is or not at all.
+/// moves: it finds room where it is or fails.
 HGLOBAL GlobalReAlloc(HGLOBAL block, SIZE_T size, UINT flags);
 void* GlobalLock(HGLOBAL block);
 /// Whether the block is still locked. 0 with a last error of 0 says that it is locked no more.

@@ -11,9 +11,6 @@ namespace veldt::platform {
 /// A warm run is at most this long: a block of 4 MB and its header.
 inline constexpr std::uint32_t kMaxWarmUnits = 65;
 
-/// What all free runs of several units together may hold: one run of the greatest length.
-inline constexpr std::uint64_t kWideAllowance = kMaxWarmUnits * kPagesPerUnit;
-
 struct AddressSpace {
     CRITICAL_SECTION lock;  ///< guards all the rest, and the stretches; the innermost lock of all
 

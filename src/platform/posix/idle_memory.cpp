@@ -23,20 +23,13 @@ struct Batch {
     }
 };
 
-/// Of the runs of several units the shortest go first, since they serve the fewest requests; of
-/// equal ones the one longest unused.
-void CollectWide(Batch& batch, std::uint64_t leave) {
-    AddressSpace& space = addressSpace;
-    while (!batch.Full() && space.widePages > leave) {
-        batch.Add(space.warm.OldestOfShortestWide(), space.widePages);
-    }
-}
-
-/// The single units longest unused.
-void CollectSingles(Batch& batch, std::uint64_t leave) {
-    AddressSpace& space = addressSpace;
-    while (!batch.Full() && space.singlePages > leave) {
-        batch.Add(space.warm.OldestSingle(), space.singlePages);
+/// Takes runs out of the warm bins until these hold `leave` pages.
+void Collect(Batch& batch, Run (FreeRuns::*next)() const, std::uint64_t& pages,
+             std::uint64_t leave) {
+    while (!batch.Full() && pages > leave) {
+        const Run run = (addressSpace.warm.*next)();
+        if (run.entry == nullptr) return;
+        batch.Add(run, pages);
     }
 }
 
@@ -65,13 +58,14 @@ void GiveBackRuns(std::span<const Run> runs) {
     }
 }
 
-/// Trims what warm runs of several units and single ones hold down to these pages.
+/// Trims what warm runs of several units and single ones hold down to these pages. Of several units
+/// the shortest go first, since they serve the fewest requests.
 void Trim(std::uint64_t leaveWide, std::uint64_t leaveSingle) {
     static Batch batch;
     do {
         batch.count = 0;
-        CollectWide(batch, leaveWide);
-        CollectSingles(batch, leaveSingle);
+        Collect(batch, &FreeRuns::OldestOfShortestWide, addressSpace.widePages, leaveWide);
+        Collect(batch, &FreeRuns::OldestSingle, addressSpace.singlePages, leaveSingle);
         const std::span<Run> runs = batch.All();
         std::sort(runs.begin(), runs.end(),
                   [](const Run& left, const Run& right) { return left.unit < right.unit; });

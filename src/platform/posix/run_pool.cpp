@@ -91,7 +91,9 @@ Run TakeWarm(std::uint32_t span) {
 void Regret(std::uint32_t span) {
     constexpr std::uint32_t kUsualPages = 4;
     if (span == 1) addressSpace.singleRegret += kUsualPages;
-    if (span > 1 && span <= kMaxWarmUnits) addressSpace.wideRegret += span * kPagesPerUnit;
+    if (span > 1 && span <= kMaxWarmUnits) {
+        addressSpace.wideRegret += std::uint64_t{span} * kPagesPerUnit;
+    }
 }
 
 Run TakeCold(std::uint32_t span) {

@@ -25,7 +25,9 @@ class OpenString : public XCString {
         XCString copy;
         AllocCopy(copy, 2, 1, 3);
         EXPECT_STREQ(copy.Left(2), "ir");
+        XCStringData* const replaced = GetData();
         ConcatCopy(3, "new", 4, " one");
+        Release(replaced);
         EXPECT_STREQ(*this, "new one");
         EXPECT_EQ(SafeStrlen(nullptr), 0);
         char buffer[4];

@@ -67,11 +67,15 @@ void LargeFree(char* block) {
 }
 
 int LargeResize(HeapPage* page, char** result, std::uint32_t size, std::uint32_t flags) {
-    if (size > kLargest) {
-        return 0;
-    }
     HeapPool* pool = page->pool;
     const std::uint32_t oldSize = RegionSize(page);
+    const auto rounded = RoundUp<std::uint64_t>(std::uint64_t{size} + kPageHeader, kCommitStep);
+    if (pool->footprint - oldSize + rounded > UINT32_MAX) {
+        if (result != nullptr) {
+            *result = nullptr;
+        }
+        return 0;
+    }
     const std::uint32_t total = size + kPageHeader;
     const std::uint32_t regionFlags =
         pool->flags | RegionLarge | ((flags & AllocZero) != 0 ? RegionZero : 0U);

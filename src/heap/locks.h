@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <exception>
 
 #include "heap/records.h"
 
@@ -59,16 +60,18 @@ inline void ReleasePoolLock(HeapPool* pool) {
     }
 }
 
+/// A handler that throws takes its thread out of the heap with the pool lock dropped already.
 class [[nodiscard]] PoolHold {
   public:
     explicit PoolHold(HeapPool* pool)
         : pool_((pool->flags & PoolSerialised) != 0 ? pool : nullptr) {
         if (pool_ != nullptr) [[unlikely]] {
+            exceptions_ = std::uncaught_exceptions();
             TakePoolLock(pool_);
         }
     }
     ~PoolHold() {
-        if (pool_ != nullptr) [[unlikely]] {
+        if (pool_ != nullptr && exceptions_ == std::uncaught_exceptions()) [[unlikely]] {
             ReleasePoolLock(pool_);
         }
     }
@@ -77,6 +80,7 @@ class [[nodiscard]] PoolHold {
 
   private:
     HeapPool* pool_;  ///< null where there is no lock to hold
+    int exceptions_ = 0;
 };
 
 class [[nodiscard]] HandleHold {

@@ -13,6 +13,11 @@ namespace veldt::heap {
 
 namespace {
 
+/// Every pointer that is followed here is tested first: the check must survive what it finds.
+bool Owns(const HandleSlot* slot, const char* data) {
+    return IsSlot(slot) && slot->block == data;
+}
+
 /// Tags, trailer and data of one block in use or free; the block before it is in use or not.
 HeapFault BlockFault(HeapPage* page, char* block, bool previousInUse) {
     const std::uint16_t header = HeaderOf(block);
@@ -35,21 +40,31 @@ HeapFault BlockFault(HeapPage* page, char* block, bool previousInUse) {
     if (!relocatable && KindOf(page) == kKindRelocatable) {
         return {"block in a moveable page has no trailer", block};
     }
-    if (relocatable && SlotOf(block)->block != DataOf(block)) {
+    if (relocatable && !Owns(SlotOf(block), DataOf(block))) {
         return {"slot and block do not point at each other", block};
     }
     return {};
 }
 
+/// Any address at all: whether it can be that of a free block of the page.
+bool MayBeFree(HeapPage* page, char* block) {
+    return block >= FirstBlock(page) && block < page->sentinel &&
+           (block - FirstBlock(page)) % kGranule == 0 && !InUse(block);
+}
+
 /// The free ring holds `freeBlocks` free blocks, the rover among them or at the sentinel.
 HeapFault FreeRingFault(HeapPage* page, std::uint32_t freeBlocks) {
     bool roverInRing = page->rover == page->sentinel;
-    for (char* at = RingNext(page->sentinel); at != page->sentinel; at = RingNext(at)) {
-        if (PageBase(at) != page || InUse(at) || RingPrev(RingNext(at)) != at ||
-            freeBlocks-- == 0) {
+    char* before = page->sentinel;
+    for (char* at = RingNext(before); at != page->sentinel; at = RingNext(at)) {
+        if (!MayBeFree(page, at) || RingPrev(at) != before || freeBlocks-- == 0) {
             return {"free ring is broken", at};
         }
         roverInRing = roverInRing || at == page->rover;
+        before = at;
+    }
+    if (RingPrev(page->sentinel) != before) {
+        return {"free ring is broken", page->sentinel};
     }
     if (freeBlocks != 0) {
         return {"a free block is not in the ring", page};
@@ -75,12 +90,12 @@ std::uint32_t PinnedIn(HeapPage* page, Tally& tally) {
     return KindOf(page) == kKindRelocatable ? pinned : 0;
 }
 
-HeapFault LargePageFault(const HeapPage* page) {
+HeapFault LargePageFault(HeapPage* page) {
     if (page->blockCount != 1) {
         return {"large page does not hold one block", page};
     }
-    const HandleSlot* slot = page->ownerSlot;
-    if (slot != nullptr && slot->block != reinterpret_cast<const char*>(page) + kPageHeader) {
+    const char* data = reinterpret_cast<const char*>(page) + kPageHeader;
+    if (page->ownerSlot != nullptr && !Owns(page->ownerSlot, data)) {
         return {"slot and large page do not point at each other", page};
     }
     return {};
@@ -137,22 +152,24 @@ std::uint32_t CountRegions(const char* region, std::size_t recordSize, Tally& ta
 HeapFault LinksFault(HeapPool* pool, Tally& tally) {
     const std::uint32_t own = RegionSize(pool);
     tally.footprint += own;
-    std::uint32_t carved = CountRegions(pool->linkRegions, sizeof(PageLink), tally);
-    for (const PageLink* link = pool->freeLinks; link != nullptr; link = link->next) {
+    const auto ownLinks =
+        static_cast<std::uint32_t>((own - offsetof(HeapPool, firstLink)) / sizeof(PageLink));
+    const std::uint32_t carved =
+        CountRegions(pool->linkRegions, sizeof(PageLink), tally) + ownLinks;
+    for (const PageLink* link = pool->freeLinks; link != nullptr && tally.links <= carved;
+         link = link->next) {
         ++tally.links;
     }
-    if (tally.links != 0) {
-        carved +=
-            static_cast<std::uint32_t>((own - offsetof(HeapPool, firstLink)) / sizeof(PageLink));
-    }
-    return tally.links == carved ? HeapFault{} : HeapFault{"a link is lost", pool};
+    // No link at all: none has been carved yet.
+    return tally.links == carved || tally.links == 0 ? HeapFault{}
+                                                     : HeapFault{"a link is lost", pool};
 }
 
 HeapFault SlotsFault(HeapPool* pool, Tally& tally) {
     const std::uint32_t slots = CountRegions(pool->slotRegions, sizeof(HandleSlot), tally);
     for (const HandleSlot* slot = pool->freeSlots; slot != nullptr;
          slot = reinterpret_cast<const HandleSlot*>(slot->block)) {
-        if ((MarkAt(slot) & kMarkSlots) == 0 || tally.handles++ > slots) {
+        if (!IsSlot(slot) || tally.handles++ > slots) {
             return {"chain of free slots is broken", slot};
         }
     }

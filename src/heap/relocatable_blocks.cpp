@@ -13,15 +13,6 @@ namespace veldt::heap {
 
 namespace {
 
-/// True if `slot`, any pointer at all, stands in a slot table.
-bool IsSlot(const HandleSlot* slot) {
-    const unsigned mark = MarkAt(slot);
-    const std::uint32_t offset = OffsetInUnit(slot);
-    return (mark & kMarkSlots) != 0 && offset >= kPointer &&
-           (offset - kPointer) % sizeof(HandleSlot) == 0 &&
-           offset + sizeof(HandleSlot) <= (mark & kMarkSteps) * kCommitStep;
-}
-
 /// The page of a handle's block, or null. The caller holds HandleLock.
 HeapPage* PageOfHandle(const HandleSlot* slot) {
     HeapPage* page = IsSlot(slot) ? LivePage(slot->block) : nullptr;

@@ -45,6 +45,15 @@ struct RelocState {
 };
 RelocState RelocStateOf(HandleSlot* slot);
 
+/// True if `slot`, any pointer at all, stands in a slot table.
+inline bool IsSlot(const HandleSlot* slot) {
+    const unsigned mark = MarkAt(slot);
+    const std::uint32_t offset = OffsetInUnit(slot);
+    return (mark & kMarkSlots) != 0 && offset >= kPointer &&
+           (offset - kPointer) % sizeof(HandleSlot) == 0 &&
+           offset + sizeof(HandleSlot) <= (mark & kMarkSteps) * kCommitStep;
+}
+
 /// A free slot, or null. The caller holds the pool lock.
 HandleSlot* SlotChainPop(HeapPool* pool);
 void SlotChainPush(HeapPool* pool, HandleSlot* slot);

@@ -133,11 +133,12 @@ char* SlideGroup(char* block) {
     const unsigned below = FooterBefore(block);
     const auto length = static_cast<std::size_t>(end - block);
     char* target = block - below;
+    // The bytes move under the lock as well: among them is the header that a reader looks at.
+    const HandleHold hold;
     UnlinkFree(target);
     std::memmove(target, block, length);
     SetBits(target, kPreviousInUse);
     char* merged = target + length;
-    const HandleHold hold;
     const unsigned size = below + FreeSize(end);
     UnlinkFree(end);
     SetHeader(merged, size | kPreviousInUse);

@@ -1,6 +1,7 @@
 #include "heap/large_blocks.h"
 
 #include "heap/errors.h"
+#include "heap/locks.h"
 #include "heap/pages.h"
 #include "heap/pools.h"
 #include "heap/regions.h"
@@ -15,21 +16,17 @@ char* BlockOf(HeapPage* page) {
     return reinterpret_cast<char*>(page) + kPageHeader;
 }
 
-/// Moves the region of a page whose link stays. While it moves, no wild pointer finds the page.
-HeapPage* RelocatePage(HeapPage* page, std::uint32_t total, std::uint32_t regionFlags) {
-    HeapPool* pool = page->pool;
-    const std::uint32_t oldSize = RegionSize(page);
-    SetMark(page, kMarkNothing);
-    char* moved = RegionRelocate(reinterpret_cast<char*>(page), total, regionFlags);
-    while (moved == nullptr) {
-        SetMark(page, MarkOf(kMarkPage, oldSize));
-        if (HeapErrorDispatch(pool, MEM_OUT_OF_MEMORY) == 0) {
-            return nullptr;
-        }
-        SetMark(page, kMarkNothing);
-        moved = RegionRelocate(reinterpret_cast<char*>(page), total, regionFlags);
+/// From here on the block stands at its new place, for the reader of a handle on another thread
+/// too.
+void SwapPages(char* from, char* to) {
+    auto* page = reinterpret_cast<HeapPage*>(to);
+    const HandleHold hold;
+    SetMark(from, kMarkNothing);
+    SetMark(to, MarkOf(kMarkPage, RegionSize(to)));
+    page->link->page = page;
+    if (page->ownerSlot != nullptr) {
+        page->ownerSlot->block = BlockOf(page);
     }
-    return reinterpret_cast<HeapPage*>(moved);
 }
 
 }  // namespace
@@ -79,18 +76,21 @@ int LargeResize(HeapPage* page, char** result, std::uint32_t size, std::uint32_t
     const std::uint32_t total = size + kPageHeader;
     const std::uint32_t regionFlags =
         pool->flags | RegionLarge | ((flags & AllocZero) != 0 ? RegionZero : 0U);
+    auto* base = reinterpret_cast<char*>(page);
     if (result == nullptr) {
-        if (RegionResize(reinterpret_cast<char*>(page), total, regionFlags) == 0) {
+        if (RegionResize(base, total, regionFlags) == 0) {
             return 0;
         }
     } else {
-        PageLink* link = page->link;
-        page = RelocatePage(page, total, regionFlags);
-        if (page == nullptr) {
-            *result = nullptr;
-            return 0;
+        char* moved = RegionRelocate(base, total, regionFlags, SwapPages);
+        while (moved == nullptr) {
+            if (HeapErrorDispatch(pool, MEM_OUT_OF_MEMORY) == 0) {
+                *result = nullptr;
+                return 0;
+            }
+            moved = RegionRelocate(base, total, regionFlags, SwapPages);
         }
-        link->page = page;
+        page = reinterpret_cast<HeapPage*>(moved);
         *result = BlockOf(page);
     }
     const std::uint32_t newSize = RegionSize(page);

@@ -79,7 +79,8 @@ int RegionResize(char* base, std::uint32_t size, std::uint32_t flags) {
     return 1;
 }
 
-char* RegionRelocate(char* base, std::uint32_t size, std::uint32_t flags) {
+char* RegionRelocate(char* base, std::uint32_t size, std::uint32_t flags,
+                     void (*onMove)(char* from, char* to)) {
     if (RegionResize(base, size, flags) != 0) {
         return base;
     }
@@ -89,6 +90,7 @@ char* RegionRelocate(char* base, std::uint32_t size, std::uint32_t flags) {
     }
     const std::uint32_t oldSize = RegionSize(base);
     std::memcpy(moved, base, std::min(size, oldSize));
+    onMove(base, moved);
     RegionFree(base);
     if ((flags & RegionZero) != 0 && size > oldSize) {
         std::memset(moved + oldSize, 0, size - oldSize);

@@ -10,7 +10,9 @@ char* RegionAlloc(std::uint32_t size, std::uint32_t flags);
 /// In place, up to the end of the reservation. 1 done, 0 refused.
 int RegionResize(char* base, std::uint32_t size, std::uint32_t flags);
 /// In place or elsewhere. The address afterwards; null, with the old region untouched, on failure.
-char* RegionRelocate(char* base, std::uint32_t size, std::uint32_t flags);
+/// `onMove` is called when the bytes stand in both regions, before the old one goes.
+char* RegionRelocate(char* base, std::uint32_t size, std::uint32_t flags,
+                     void (*onMove)(char* from, char* to));
 void RegionFree(void* base);
 /// Committed bytes from the base; 0 if the system doesn't tell.
 std::uint32_t RegionSize(const void* base);

@@ -208,11 +208,8 @@ HandleSlot* RelocResize(HandleSlot* slot, std::uint32_t size, std::uint32_t flag
     if (result == nullptr) {
         return nullptr;
     }
-    if (KindOf(PageBase(result)) == kKindLarge) {
-        const HandleHold swap;
-        slot->block = result;
-    } else {
-        SetSlot(HeaderOfData(slot->block), slot);
+    if (KindOf(PageBase(result)) != kKindLarge) {
+        SetSlot(HeaderOfData(result), slot);
     }
     return slot;
 }
@@ -317,14 +314,12 @@ std::uint32_t RelocUnfix(HandleSlot* slot) {
 }
 
 RelocState RelocStateOf(HandleSlot* slot) {
-    {
-        const HandleHold hold;
-        if (const HeapPage* page = PageOfHandle(slot); page != nullptr) {
-            return {.lockCount = slot->lockCount, .moveable = InMoveablePlace(page)};
-        }
+    HeapPool* pool = ValidatedPool(slot);
+    if (pool == nullptr) {
+        return {.lockCount = kNoCount, .moveable = false};
     }
-    HeapErrorDispatch(nullptr, MEM_BAD_HANDLE);
-    return {.lockCount = kNoCount, .moveable = false};
+    const PoolHold hold(pool);
+    return {.lockCount = slot->lockCount, .moveable = InMoveablePlace(PageBase(slot->block))};
 }
 
 std::uint32_t RelocLockCount(HandleSlot* slot) {

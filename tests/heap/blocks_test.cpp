@@ -396,7 +396,7 @@ TEST(PoolOperations, RegionsZeroTheirTails) {
     EXPECT_TRUE(IsZero(region, 8192, 65536));
     EXPECT_EQ(RegionResize(region, 65537, 0), 0) << "the reservation is used up";
     std::memset(region, 0x55, 65536);
-    char* moved = RegionRelocate(region, 100000, RegionZero);
+    char* moved = RegionRelocate(region, 100000, RegionZero, [](char*, char*) {});
     ASSERT_NE(moved, nullptr);
     EXPECT_EQ(std::count(moved, moved + 65536, 0x55), 65536);
     EXPECT_TRUE(IsZero(moved, 65536, 100000));

@@ -97,24 +97,23 @@ inline std::uint32_t RingLength(const PageLink* head) {
     return length;
 }
 
-/// A moveable page whose end is laid out block by block, behind locked blocks that are not shown:
-/// "f32 u24 l40" is a free block, an unlocked and a locked one.
+/// A moveable page whose end is laid out block by block, behind a locked block that is not shown:
+/// "f32 u24 l40" is a free block, an unlocked and a locked one. "~u24" stands at the page's start,
+/// and the rest is free.
 class WrittenPage {
   public:
     WrittenPage(HeapPool* pool, const std::string& blocks)
         : page_(PageAcquire(pool, kKindRelocatable, pool->pageSize, 0)) {
         pool->compactPool = CompactMoveablePages;
         pool->compactPage = SlidePage;
-        std::istringstream words(blocks);
+        std::istringstream words(blocks.substr(blocks[0] == '~'));
         std::vector<std::pair<char, std::uint32_t>> wanted;
         std::uint32_t shown = 0;
         for (std::string word; words >> word; shown += wanted.back().second) {
             wanted.emplace_back(word[0], std::stoul(word.substr(1)) * kScale);
         }
-        while (const std::uint32_t rest = LargestFreeBlock(page_) - shown) {
-            HandleSlot* filler = New(pool, rest > 8000   ? 4000
-                                           : rest > 4000 ? rest / 2 & kFreeSizeMask
-                                                         : rest);
+        if (const std::uint32_t rest = LargestFreeBlock(page_) - shown; blocks[0] != '~') {
+            HandleSlot* filler = New(pool, rest);
             filler->size = kFiller;
             RelocLock(filler);
         }
@@ -149,13 +148,17 @@ class WrittenPage {
             text += !InUse(block) ? 'f' : locked ? 'l' : 'u';
             text += std::to_string(UsedSize(block) / kScale);
         }
+        return HoldsItsBytes() ? text : text + " damaged";
+    }
+
+    bool HoldsItsBytes() const {
         for (std::size_t i = 0; i < slots_.size(); ++i) {
             const std::uint32_t size = sizes_[i] != 0 ? RelocSize(slots_[i]) : 0;
             for (std::size_t at = 0; at < std::min(size, sizes_[i]); ++at) {
-                if (slots_[i]->block[at] != static_cast<char>(i + 1)) return text + " damaged";
+                if (slots_[i]->block[at] != static_cast<char>(i + 1)) return false;
             }
         }
-        return text;
+        return true;
     }
 
   private:

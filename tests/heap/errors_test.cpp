@@ -1,0 +1,116 @@
+// The dispatcher of errors and its handlers, several threads among them.
+#include <barrier>
+#include <stdexcept>
+#include <thread>
+
+#include "heap/locks.h"
+#include "heap_fixture.h"
+
+namespace {
+
+using namespace veldt::tests;
+namespace platform = veldt::platform;
+
+/// Takes every lock of the heap on another thread; never ends if this thread holds one.
+void UseHeapFromOutside(HeapPool* pool) {
+    std::thread([pool] {
+        HandleSlot* slot = RelocAlloc(pool, AllocRelocatable, 100);
+        EXPECT_NE(RelocLock(slot), nullptr);
+        EXPECT_EQ(RelocFree(slot), 1);
+    }).join();
+}
+
+TEST(Handlers, AreExchanged) {
+    RaisedErrors errors({7});
+    const auto other = [](const HeapErrorRecord*) -> std::int32_t { return 5; };
+    EXPECT_EQ(HeapErrorDispatch(nullptr, 3), 7);
+    EXPECT_EQ(HeapErrorDispatch(nullptr, 3), 0);
+    const HeapErrorHandler first = PoolSetErrorHandler(other);
+    EXPECT_EQ(HeapErrorDispatch(nullptr, 3), 5);
+    EXPECT_EQ(PoolSetErrorHandler(nullptr), +other);
+    for (int error = -1; error < 17; ++error) EXPECT_EQ(HeapErrorDispatch(nullptr, error), 0);
+    EXPECT_EQ(PoolSetErrorHandler(first), nullptr);
+    EXPECT_EQ(errors.Take(), (Raised{3, 3}));
+    void* const nowhere = reinterpret_cast<void*>(std::uintptr_t{1});
+    if (platform::IsBadCodePtr(reinterpret_cast<platform::FARPROC>(nowhere)) != 0) {
+        EXPECT_EQ(PoolSetErrorHandler(reinterpret_cast<HeapErrorHandler>(nowhere)), nullptr);
+        EXPECT_EQ(heapRegistry.handler, first);
+    }
+}
+
+HeapPool* handlersPool;
+
+TEST(Handlers, RunWithoutLocks) {
+    TestPool pool(20, PoolSerialised);
+    handlersPool = pool;
+    const HeapErrorHandler before = PoolSetErrorHandler([](const HeapErrorRecord* record) {
+        EXPECT_EQ(handlersPool->lockDepth, 0U);
+        UseHeapFromOutside(handlersPool);
+        return record->error;
+    });
+    TakePoolLock(pool);
+    TakePoolLock(pool);
+    TakeHandleLock();
+    EXPECT_EQ(HeapErrorDispatch(pool, 4), 4);
+    EXPECT_EQ(pool->lockDepth, 2U);
+    EXPECT_EQ(HandleLockDepth, 1U);
+    ReleaseHandleLock();
+    ReleasePoolLock(pool);
+    ReleasePoolLock(pool);
+    EXPECT_EQ(PoolAlloc(pool, 0, 0), nullptr);
+    EXPECT_EQ(pool->lockDepth, 0U);
+    EXPECT_EQ(HandleLockDepth, 0U);
+    EXPECT_EQ(heapRegistry.threadCount, 0U);
+    PoolSetErrorHandler(before);
+}
+
+TEST(Handlers, MayThrow) {
+    TestPool pool(20, PoolSerialised);
+    HandleSlot* slot = RelocAlloc(pool, AllocRelocatable, 100);
+    const HeapErrorHandler before = PoolSetErrorHandler(
+        [](const HeapErrorRecord*) -> std::int32_t { throw std::runtime_error("enough"); });
+    EXPECT_THROW(PoolAlloc(pool, 0, 0), std::runtime_error);
+    EXPECT_THROW(RelocUnlock(slot), std::runtime_error);
+    EXPECT_EQ(heapRegistry.threadCount, 0U);
+    TakePoolLock(pool);
+    EXPECT_THROW(HeapErrorDispatch(pool, 4), std::runtime_error);
+    EXPECT_EQ(pool->lockDepth, 0U) << "dropped for good";
+    EXPECT_EQ(HandleLockDepth, 0U);
+    UseHeapFromOutside(pool);
+    PoolSetErrorHandler(before);
+}
+
+std::barrier<>* allInside;
+
+TEST(Handlers, OfSeveralThreadsRunAtOnce) {
+    constexpr int kThreads = 8;
+    TestPool pool(20, PoolSerialised);
+    std::barrier inside(kThreads);
+    allInside = &inside;
+    const HeapErrorHandler before = PoolSetErrorHandler([](const HeapErrorRecord*) {
+        allInside->arrive_and_wait();
+        EXPECT_EQ(heapRegistry.threadCount, 8U);
+        allInside->arrive_and_wait();
+        return 3;
+    });
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back([&pool] { EXPECT_EQ(HeapErrorDispatch(pool, 4), 3); });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(heapRegistry.threadCount, 0U);
+    PoolSetErrorHandler(before);
+}
+
+TEST(Handlers, ThreadTableClosesItsGaps) {
+    for (std::uint32_t i = 0; i < 3; ++i) heapRegistry.threads[i] = {.thread = ~i, .depth = 1};
+    heapRegistry.threadCount = 3;
+    ThreadDepthRemove(&heapRegistry.threads[0]);
+    EXPECT_EQ(heapRegistry.threadCount, 2U);
+    EXPECT_EQ(heapRegistry.threads[0].thread, ~2U);
+    EXPECT_EQ(ThreadDepthFind(0), nullptr);
+    EXPECT_EQ(ThreadDepthFind(1), &heapRegistry.threads[2]);
+    heapRegistry.threadCount = 0;
+}
+
+}  // namespace

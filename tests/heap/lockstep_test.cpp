@@ -1,0 +1,250 @@
+// The ring index must find the link that the plain walk of the ring finds: on rings made up at
+// random, and in a whole heap that runs in step with one that walks.
+#include <algorithm>
+#include <random>
+
+#include "heap/locks.h"
+#include "heap/ring_index.h"
+#include "heap_fixture.h"
+#include "support/seed.h"
+
+namespace {
+
+using namespace veldt::tests;
+
+class Random {
+  public:
+    explicit Random(unsigned seed) : engine_(seed) {}
+    std::uint32_t Below(std::uint32_t bound) {
+        return static_cast<std::uint32_t>(engine_() % bound);
+    }
+
+  private:
+    std::mt19937 engine_;
+};
+
+template <class Wanted>
+PageLink* WalkFrom(PageLink* head, const Wanted& wanted) {
+    PageLink* link = head;
+    do {
+        if (wanted(OfferOf(link))) return link;
+        link = link->next;
+    } while (link != head);
+    return nullptr;
+}
+
+/// Searches from `link` and from behind it for offers of every kind.
+void ExpectSameAsWalk(PageLink* link, std::uint32_t hint) {
+    const auto largeEnough = [hint](const Offer& offer) { return offer.hint >= hint; };
+    const auto slidable = [hint](const Offer& offer) {
+        return offer.hint >= hint || offer.unslid != 0;
+    };
+    const auto unpinned = [hint](const Offer& offer) { return offer.unpinnedHint > hint; };
+    const auto check = [link](const auto& wanted) {
+        EXPECT_EQ(RingFirstFrom(link, wanted), WalkFrom(link, wanted));
+        EXPECT_EQ(RingFirstBehind(link, wanted), WalkFrom(link->next, wanted));
+    };
+    check(largeEnough);
+    check(slidable);
+    check(unpinned);
+}
+
+TEST(RingIndex, MadeUpRings) {
+    Random random(Seed());
+    for (int round = 0; round < 30; ++round) {
+        HeapPool* pool = PoolCreate(0, 0, 0);
+        const std::uint32_t most = 1 + random.Below(round % 3 == 0 ? 200 : 8);
+        std::vector<PageLink*> links;
+        for (int step = 0; step < 400; ++step) {
+            const std::uint32_t action = random.Below(links.empty() ? 1 : 8);
+            if (action == 0 && links.size() < most) {
+                links.push_back(PageAcquire(pool, kKindVariable, 4096, 0)->link);
+                continue;
+            }
+            if (links.empty()) continue;
+            const std::size_t at = random.Below(static_cast<std::uint32_t>(links.size()));
+            PageLink* link = links[at];
+            switch (action) {
+                case 1:
+                    PageRelease(link->page, 0);
+                    links.erase(links.begin() + static_cast<std::ptrdiff_t>(at));
+                    continue;
+                case 2:
+                    pool->pageLists[kKindVariable] = link;
+                    break;
+                case 3:
+                    link->linkFlags = static_cast<std::uint16_t>(random.Below(2) * kNothingToSlide +
+                                                                 random.Below(3));
+                    RingIndexRaise(link);
+                    break;
+                default:
+                    SetFreeHint(link, static_cast<std::uint16_t>(random.Below(20) * kGranule));
+            }
+            ExpectSameAsWalk(link, random.Below(21) * kGranule);
+            const HeapFault fault = RingIndexFault(link);
+            ASSERT_FALSE(fault) << fault.what;
+        }
+        PoolDestroy(pool);
+    }
+}
+
+// What a heap without the index does, step by step
+// -------------------------------------------------
+
+PageLink* WalkBest(PageLink* head, std::uint16_t need) {
+    PageLink* best = head;
+    PageLink* link = head;
+    do {
+        if ((link->linkFlags & kNothingToSlide) == 0) {
+            SetFreeHint(link, SlidePage(link->page, need, nullptr));
+        }
+        const int pinned = link->linkFlags & kPinnedMask;
+        const int bestPinned = best->linkFlags & kPinnedMask;
+        if (pinned < bestPinned || (pinned == bestPinned && link->freeHint > best->freeHint))
+            best = link;
+        if (link->freeHint >= need) return link;
+        link = link->next;
+    } while (link != head);
+    return best;
+}
+
+std::uint16_t WalkCompact(HeapPool* pool, std::uint16_t need) {
+    PageLink*& head = pool->pageLists[kKindRelocatable];
+    if (head == nullptr) return 0;
+    const HandleHold hold;
+    PageLink* best = WalkBest(head, need);
+    while (best->freeHint < need && best->next != best) {
+        head = best->next;
+        best->freeHint = 0;
+        const std::uint16_t reached = EvacuatePage(best->page, need);
+        if (reached != kPageGone) {
+            SetFreeHint(best, reached);
+            break;
+        }
+        best = head;
+    }
+    head = best;
+    return best->freeHint;
+}
+
+char* WalkAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
+    const auto kind = static_cast<PageKind>(flags & AllocRelocatable);
+    const std::uint16_t need = BlockSizeFor(size);
+    PageLink*& head = pool->pageLists[kind];
+    PageLink* link = head;
+    while (link != nullptr) {
+        char* block = need <= link->freeHint ? VariablePageAlloc(link->page, need, flags) : nullptr;
+        if (block != nullptr) {
+            head = link;
+            return block;
+        }
+        link = link->next == head ? nullptr : link->next;
+    }
+    for (;;) {
+        if (kind == kKindRelocatable && (flags & AllocNoCompact) == 0 &&
+            WalkCompact(pool, need) >= need) {
+            flags |= AllocNoCompact;
+        } else {
+            PageAcquire(pool, kind, pool->pageSize, 0);
+        }
+        if (need > head->freeHint) continue;
+        if (char* block = VariablePageAlloc(head->page, need, flags)) return block;
+    }
+}
+
+/// A heap with the index and one without, given the same requests.
+class TwoHeaps {
+  public:
+    explicit TwoHeaps(unsigned seed) : random_(seed) {
+        for (HeapPool* pool : {indexed_.operator HeapPool*(), walked_.operator HeapPool*()}) {
+            pool->compactPool = CompactMoveablePages;
+            pool->compactPage = SlidePage;
+        }
+        walked_->compactPool = WalkCompact;
+    }
+
+    void Step() {
+        const std::uint32_t action = random_.Below(blocks_.size() < 400 ? 16 : 8);
+        if (action >= 6 || blocks_.empty()) return New();
+        const std::size_t at = random_.Below(static_cast<std::uint32_t>(blocks_.size()));
+        auto& [mine, theirs] = blocks_[at];
+        switch (action) {
+            case 0:
+                RelocLock(mine);
+                RelocLock(theirs);
+                return;
+            case 1:
+            case 2:
+                if (mine->lockCount == 0) return;
+                RelocUnlock(mine);
+                RelocUnlock(theirs);
+                return;
+            case 3:
+                if (random_.Below(50) != 0) return;
+                EXPECT_EQ(PoolCompact(indexed_), PoolCompact(walked_));
+                return;
+            default:
+                RelocFree(mine);
+                RelocFree(theirs);
+                blocks_[at] = blocks_.back();
+                blocks_.pop_back();
+        }
+    }
+
+    void ExpectSame() {
+        ASSERT_TRUE(Intact(indexed_));
+        ASSERT_TRUE(Intact(walked_));
+        ExpectSameRings(indexed_->pageLists[kKindRelocatable],
+                        walked_->pageLists[kKindRelocatable]);
+        ExpectSameRings(indexed_->pageLists[kKindVariable], walked_->pageLists[kKindVariable]);
+        for (const auto& [mine, theirs] : blocks_) {
+            EXPECT_EQ(OffsetInUnit(mine->block), OffsetInUnit(theirs->block));
+            EXPECT_EQ(ordinals_[PageBase(mine->block)], ordinals_[PageBase(theirs->block)]);
+        }
+    }
+
+  private:
+    void New() {
+        const std::uint32_t size = 1 + random_.Below(random_.Below(8) == 0 ? 3000 : 300);
+        const std::uint32_t flags = random_.Below(4) != 0 ? AllocRelocatable : 0U;
+        const std::uint32_t request = size + kTrailerSize;
+        HandleSlot* mine = RelocAlloc(indexed_, flags, size);
+        HandleSlot* theirs = SlotChainPop(walked_);
+        theirs->block = WalkAlloc(walked_, flags, request);
+        theirs->lockCount = flags == 0 ? 1 : 0;
+        SetBits(HeaderOfData(theirs->block), kBlockRelocatable);
+        SetSlot(HeaderOfData(theirs->block), theirs);
+        blocks_.emplace_back(mine, theirs);
+    }
+
+    void ExpectSameRings(PageLink* mine, PageLink* theirs) {
+        ASSERT_EQ(RingLength(mine), RingLength(theirs));
+        const std::uint32_t length = RingLength(mine);
+        for (std::uint32_t i = 0; i < length; ++i) {
+            ordinals_[mine->page] = i;
+            ordinals_[theirs->page] = i;
+            EXPECT_EQ(mine->freeHint, theirs->freeHint);
+            EXPECT_EQ(mine->linkFlags, theirs->linkFlags);
+            EXPECT_EQ(OffsetInUnit(mine->page->rover), OffsetInUnit(theirs->page->rover));
+            ExpectSameAsWalk(mine, random_.Below(4000));
+            mine = mine->next;
+            theirs = theirs->next;
+        }
+    }
+
+    Random random_;
+    TestPool indexed_{0};
+    TestPool walked_{0};
+    std::vector<std::pair<HandleSlot*, HandleSlot*>> blocks_;
+    std::map<const HeapPage*, std::uint32_t> ordinals_;
+};
+
+TEST(RingIndex, WholeHeapInStepWithOneThatWalks) {
+    TwoHeaps heaps(Seed());
+    for (int step = 0; step < 20000 && !testing::Test::HasFailure(); ++step) {
+        heaps.Step();
+        if (step < 1000 || step % 20 == 0) heaps.ExpectSame();
+    }
+}
+
+}  // namespace

@@ -1,5 +1,7 @@
 #include "platform/posix/address_space.h"
 
+#include <atomic>
+
 #include "platform/platform.h"
 #include "platform/posix/faults.h"
 
@@ -89,6 +91,11 @@ void SettleIdle(Run region, std::uint32_t pagesWorthACall) {
     }
 }
 
+/// VirtualQuery reads this without the lock.
+void SetCommitted(Unit& entry, std::uint32_t pages) {
+    std::atomic_ref(entry.committed).store(pages, std::memory_order_relaxed);
+}
+
 /// Moves the end of a region's committed pages up; false if that goes over the limit.
 bool GrowTo(Run region, std::uint32_t pages) {
     AddressSpace& space = addressSpace;
@@ -97,7 +104,7 @@ bool GrowTo(Run region, std::uint32_t pages) {
     if (space.committedPages + more > space.committedLimit) return false;
     space.committedPages += more;
     space.endPages -= IdleOf(entry);
-    entry.committed = pages;
+    SetCommitted(entry, pages);
     if (entry.resident > pages) [[unlikely]] {
         SettleIdle(region, 4 * kPagesPerUnit);
     } else {
@@ -110,7 +117,7 @@ void ShrinkTo(Run region, std::uint32_t pages) {
     AddressSpace& space = addressSpace;
     space.committedPages -= region.entry->committed - pages;
     space.endPages -= IdleOf(*region.entry);
-    region.entry->committed = pages;
+    SetCommitted(*region.entry, pages);
     SettleIdle(region, pages == 0 ? 0 : kPagesPerUnit);
 }
 
@@ -222,16 +229,17 @@ BOOL VirtualFree(void* address, SIZE_T size, DWORD type) {
     return Refuse(ERROR_INVALID_PARAMETER), 0;
 }
 
-// Without the lock: the entry of a live region changes in its owner's calls only, and the tables of
-// a stretch stay for good.
+// Without the lock: the tables of a stretch stay for good, and of the entry of a live region only
+// what is committed changes that is read here, when its owner says so.
 SIZE_T VirtualQuery(const void* address, MEMORY_BASIC_INFORMATION* info, SIZE_T length) {
-    const Unit* entry = RegionAt(address);
+    Unit* entry = RegionAt(address);
     if (entry == nullptr || length < sizeof *info) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
     info->BaseAddress = const_cast<void*>(address);
-    info->RegionSize = SIZE_T{entry->committed} << kPageShift;
+    const std::uint32_t pages = std::atomic_ref(entry->committed).load(std::memory_order_relaxed);
+    info->RegionSize = SIZE_T{pages} << kPageShift;
     return sizeof *info;
 }
 

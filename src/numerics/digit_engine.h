@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 namespace veldt::numerics {
@@ -11,15 +12,21 @@ inline constexpr int kSignificantDigits = 15;
 
 /// The number 0.d1d2d3... times 10^point, or what is no finite number.
 struct Digits {
+    enum class Kind : std::uint8_t { kNumber, kInfinity, kNan };
+
+    Kind kind;
     bool negative;
-    std::string_view token;  ///< of an infinity or a NaN; empty for a number
     int point = 0;
     int length = 0;  ///< the digits that are wanted, those of a carry included; may be 0
-    int stored = 0;  ///< how many of them stand in `text`: all others are 0
-    std::array<char, kSignificantDigits + 1> text;
-
-    char At(int index) const { return index < stored ? text[static_cast<unsigned>(index)] : '0'; }
+    int stored = 0;  ///< those of them that may be other than 0
+    /// The stored digits and at least 24 zeros, so that short texts are copied as they stand.
+    std::array<char, kSignificantDigits + 25> text;
 };
+
+/// What stands for a number that isn't finite.
+constexpr std::string_view TokenOf(Digits::Kind kind) {
+    return kind == Digits::Kind::kInfinity ? "INF" : "NAN";
+}
 
 /// `count` significant digits, or one more when rounding carries: 9.996 to three gives 1000.
 Digits FloatDigits(double x, int count);

@@ -1,10 +1,11 @@
 #include "numerics/number_reader.h"
 
+#include <veldt20/floating_point.h>
+
 #include <charconv>
 #include <cmath>
 #include <limits>
 
-#include "numerics/nearest_rounding.h"
 #include "numerics/text_rounding.h"
 
 namespace veldt::numerics {
@@ -97,7 +98,7 @@ double ReadHexadecimal(std::string_view text, Direction direction) {
     return Rounded(number, direction);
 }
 
-/// `text` is a whole number in decimal and nothing else.
+/// `text` is a decimal number and nothing else.
 DecimalNumber Dissect(std::string_view text) {
     DecimalNumber number = {};
     bool fraction = false;
@@ -117,18 +118,20 @@ DecimalNumber Dissect(std::string_view text) {
     return number;
 }
 
+/// What from_chars gives is one of the number's two neighbours: on some targets the one that the
+/// mode asks for, on others the nearest in any mode.
 double ReadDecimal(std::string_view text, bool negative, std::int16_t mode) {
-    double nearest = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), nearest);
+    double neighbour = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), neighbour);
     if (error == std::errc() && mode == 0) {
-        return nearest;
+        return neighbour;
     }
     const DecimalNumber number =
         Dissect(text.substr(0, static_cast<std::size_t>(end - text.data())));
     if (error == std::errc::result_out_of_range) {
-        nearest = number.point > 0 ? kInfinity : 0;
+        neighbour = number.point > 0 ? kInfinity : 0;
     }
-    return Directed(nearest, number, DirectionOf(mode, negative));
+    return Directed(neighbour, number, DirectionOf(mode, negative));
 }
 
 }  // namespace
@@ -141,13 +144,12 @@ double ReadNumber(std::string_view text) {
     if (negative || text.starts_with('+')) {
         text.remove_prefix(1);
     }
+    const bool fraction = text.size() > 1 && text[0] == '.' && IsDigit(text[1]);
     double magnitude;
     if (BeginsHexadecimal(text)) {
         magnitude = ReadHexadecimal(text.substr(2), DirectionOf(XFp::GetRound(), negative));
-    } else if (!text.empty() &&
-               (IsDigit(text[0]) || (text.size() > 1 && text[0] == '.' && IsDigit(text[1])))) {
-        const NearestRounding rounding;
-        magnitude = ReadDecimal(text, negative, rounding.Before());
+    } else if (fraction || (!text.empty() && IsDigit(text[0]))) {
+        magnitude = ReadDecimal(text, negative, XFp::GetRound());
     } else if (BeginsWith(text, "inf")) {
         magnitude = kInfinity;
     } else if (BeginsWith(text, "nan")) {

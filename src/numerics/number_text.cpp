@@ -2,8 +2,7 @@
 #include <veldt20/floating_point.h>
 
 #include <algorithm>
-#include <charconv>
-#include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 #include "numerics/digit_engine.h"
@@ -12,75 +11,83 @@ namespace veldt::numerics {
 namespace {
 
 constexpr int kLongestText = 255;
-constexpr int kLongestFloatingText = 20;  ///< in digits
+constexpr int kMostFloatingDigits = 20;
 constexpr int kDecimalCapacity = sizeof(XNDecimal::digits) - 1;
+static_assert(kSignificantDigits + kDecimalCapacity < static_cast<int>(sizeof(Digits::text)));
+
+void SetString(unsigned char* out, std::string_view text) {
+    out[0] = static_cast<unsigned char>(text.size());
+    std::memcpy(out + 1, text.data(), text.size());
+}
+
+void PutFloating(const Digits& digits, unsigned char* out) {
+    constexpr int kMostDigits = kMostFloatingDigits + 1;
+    char text[kMostDigits + 8];
+    text[0] = digits.negative ? '-' : ' ';
+    text[1] = digits.text[0];
+    text[2] = '.';
+    std::memcpy(text + 3, digits.text.data() + 1, kMostDigits - 1);
+    char* end = text + 2 + digits.length;
+    const int exponent = digits.point - 1;
+    *end++ = 'e';
+    *end++ = exponent < 0 ? '-' : '+';
+    const int magnitude = exponent < 0 ? -exponent : exponent;
+    if (magnitude >= 100) {
+        *end++ = static_cast<char>('0' + magnitude / 100);
+    }
+    if (magnitude >= 10) {
+        *end++ = static_cast<char>('0' + magnitude / 10 % 10);
+    }
+    *end++ = static_cast<char>('0' + magnitude % 10);
+    SetString(out, {text, static_cast<std::size_t>(end - text)});
+}
 
 /// Builds a length-prefixed string; what doesn't fit is dropped.
 class Writer {
   public:
-    Writer(unsigned char* out, int capacity) : out_(out), room_(capacity) {}
-    ~Writer() { out_[0] = static_cast<unsigned char>(length_); }
-    Writer(const Writer&) = delete;
-    Writer& operator=(const Writer&) = delete;
+    explicit Writer(unsigned char* out) : out_(out) {}
+    void Finish() { out_[0] = static_cast<unsigned char>(length_); }
 
-    void Put(char c) {
-        if (length_ < room_) {
-            out_[++length_] = static_cast<unsigned char>(c);
-        }
-    }
     void Put(std::string_view text) {
-        for (const char c : text) {
-            Put(c);
-        }
+        const int count = std::min(static_cast<int>(text.size()), kLongestText - length_);
+        std::memcpy(out_ + 1 + length_, text.data(), static_cast<std::size_t>(count));
+        length_ += count;
     }
     void PutZeros(int count) {
-        for (int i = std::min(count, room_ - length_); i > 0; --i) {
-            Put('0');
-        }
+        count = std::clamp(count, 0, kLongestText - length_);
+        std::memset(out_ + 1 + length_, '0', static_cast<std::size_t>(count));
+        length_ += count;
     }
     /// The digits `from` to `to` - 1, zeros where there are none.
     void Put(const Digits& digits, int from, int to) {
-        const int stored = std::min(to, digits.stored);
-        for (int i = from; i < stored; ++i) {
-            Put(digits.At(i));
-        }
-        PutZeros(to - std::max(from, stored));
+        const int stored = std::clamp(digits.stored, from, to);
+        Put({digits.text.data() + from, static_cast<std::size_t>(stored - from)});
+        PutZeros(to - stored);
     }
 
   private:
     unsigned char* const out_;
-    const int room_;
     int length_ = 0;
 };
 
-void PutFloating(const Digits& digits, Writer& text) {
-    text.Put(digits.negative ? '-' : ' ');
-    text.Put(digits.At(0));
-    text.Put('.');
-    text.Put(digits, 1, digits.length);
-    const int exponent = digits.point - 1;
-    text.Put(exponent < 0 ? "e-" : "e+");
-    char buffer[8];
-    const char* const end = std::to_chars(buffer, buffer + sizeof(buffer), std::abs(exponent)).ptr;
-    text.Put({buffer, static_cast<std::size_t>(end - buffer)});
-}
-
-void PutFixed(const Digits& digits, int places, Writer& text) {
+void PutFixed(const Digits& digits, int places, unsigned char* out) {
+    Writer text(out);
     if (digits.negative) {
-        text.Put('-');
+        text.Put("-");
     }
     if (digits.point <= 0) {
         text.Put("0.");
         text.PutZeros(-digits.point);
         text.Put(digits, 0, digits.length);
-        return;
+    } else {
+        const int point = digits.length == 0 ? 1 : digits.point;
+        text.Put(digits, 0, point);
+        if (places > 0) {
+            text.Put(".");
+            text.Put(digits, point, point + places);
+        }
     }
-    const int point = digits.length == 0 ? 1 : digits.point;
-    text.Put(digits, 0, point);
-    if (places > 0) {
-        text.Put('.');
-        text.Put(digits, point, point + places);
-    }
+    text.Finish();
 }
 
 }  // namespace
@@ -92,32 +99,30 @@ void XFp::Num2Dec(const XNDecForm* form, double x, XNDecimal* out) {
     const bool floating = form->style == 0;
     const int wanted = std::clamp<int>(form->digitCount, 1, kDecimalCapacity);
     const Digits digits = floating ? FloatDigits(x, wanted) : FixedDigits(x, form->digitCount);
-    Writer text(out->digits, kDecimalCapacity);
     out->sign = digits.negative;
     out->exponent = 0;
-    if (!digits.token.empty()) {
-        text.Put(digits.token);
+    if (digits.kind != Digits::Kind::kNumber) {
+        SetString(out->digits, TokenOf(digits.kind));
         return;
     }
     const int count = floating ? wanted : std::clamp(digits.length, 1, kDecimalCapacity);
     const int exponent = digits.length == 0 ? -form->digitCount : digits.point - count;
     out->exponent = static_cast<std::int16_t>(exponent);
-    text.Put(digits, 0, count);
+    SetString(out->digits, {digits.text.data(), static_cast<std::size_t>(count)});
 }
 
 void XFp::Num2Str(XNDecForm* form, double x, unsigned char* out) {
     const bool floating = form->style == 0;
-    if (floating && form->digitCount > kLongestFloatingText) {
-        form->digitCount = kLongestFloatingText;
+    if (floating && form->digitCount > kMostFloatingDigits) {
+        form->digitCount = kMostFloatingDigits;
     }
     const int wanted = form->digitCount;
     const Digits digits = floating ? FloatDigits(x, std::max(wanted, 1)) : FixedDigits(x, wanted);
-    Writer text(out, kLongestText);
-    if (!digits.token.empty()) {
-        text.Put(digits.token);
+    if (digits.kind != Digits::Kind::kNumber) {
+        SetString(out, TokenOf(digits.kind));
     } else if (floating) {
-        PutFloating(digits, text);
+        PutFloating(digits, out);
     } else {
-        PutFixed(digits, wanted, text);
+        PutFixed(digits, wanted, out);
     }
 }

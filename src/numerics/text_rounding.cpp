@@ -44,13 +44,13 @@ int Compare(const DecimalNumber& number, double x) {
 
 }  // namespace
 
-double Directed(double nearest, const DecimalNumber& number, Direction direction) {
+double Directed(double neighbour, const DecimalNumber& number, Direction direction) {
     if (direction == Direction::kNearest) {
-        return nearest;
+        return neighbour;
     }
     // The doubles from 0 to infinity are in the order of their bits.
-    auto bits = std::bit_cast<std::uint64_t>(nearest);
-    const int order = Compare(number, nearest);
+    auto bits = std::bit_cast<std::uint64_t>(neighbour);
+    const int order = Compare(number, neighbour);
     if (order > 0 && direction == Direction::kAway) {
         ++bits;
     } else if (order < 0 && direction == Direction::kTowardZero) {

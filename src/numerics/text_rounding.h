@@ -33,7 +33,8 @@ struct DecimalNumber {
     int point;
 };
 
-/// The neighbour of the number in the direction, where `nearest` is the nearest of all.
-double Directed(double nearest, const DecimalNumber& number, Direction direction);
+/// The neighbour of the number that lies in the direction, given either of the two. To nearest, the
+/// one given.
+double Directed(double neighbour, const DecimalNumber& number, Direction direction);
 
 }  // namespace veldt::numerics

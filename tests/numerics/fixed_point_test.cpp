@@ -12,30 +12,31 @@ constexpr std::int32_t Raw(std::uint32_t bits) {
 }
 constexpr std::int32_t kMost = Raw(0x80000000);
 
+constexpr std::int32_t k200 = 200 << 16;
+
 struct Case {
     std::int32_t a, b;
     std::uint32_t plain, shortcut;
 };
 
 TEST(FixedPoint, MultipliesInBothFamilies) {
-    for (const Case& c : std::initializer_list<Case>{
-             {0x18000, 0x18000, 0x24000, 0x24000},
-             {3, 0x8000, 2, 1},
-             {-3, 0x8000, 0xFFFFFFFE, 0xFFFFFFFF},
-             {-3, -0x8000, 2, 1},
-             {200 << 16, 200 << 16, 0x7FFFFFFF, 0x7FFFFFFF},
-             {-(200 << 16), 200 << 16, 0x80000001, 0x80000001},
-             {kMost, 0x10000, 0x80000001, 0x80000000},
-             {kMost, -0x10000, 0x7FFFFFFF, 0x80000000},
-             {-0x10000, kMost, 0x7FFFFFFF, 0x80000000},
-             {kMost, 0x8000, 0xC0000000, 0xC0000000},
-             {0x8000, kMost, 0xC0000000, 0xC0000000},
-             {kMost, kMost, 0x7FFFFFFF, 0},
-             {0x7FFFFFFF, 0x18000, 0xBFFFFFFF, 0xBFFFFFFF},
-             {0x40000000, 0x40000, 0x7FFFFFFF, 0},
-             {0x7FFF0000, 0x1FFFF, 0xFFFD8001, 0xFFFD8001},  // 0x7FFF * 1 just passes
-             {kMost, 0, 0, 0},
-         }) {
+    const Case cases[] = {{0x18000, 0x18000, 0x24000, 0x24000},
+                          {3, 0x8000, 2, 1},
+                          {-3, 0x8000, 0xFFFFFFFE, 0xFFFFFFFF},
+                          {-3, -0x8000, 2, 1},
+                          {k200, k200, 0x7FFFFFFF, 0x7FFFFFFF},
+                          {-k200, k200, 0x80000001, 0x80000001},
+                          {kMost, 0x10000, 0x80000001, 0x80000000},
+                          {kMost, -0x10000, 0x7FFFFFFF, 0x80000000},
+                          {-0x10000, kMost, 0x7FFFFFFF, 0x80000000},
+                          {kMost, 0x8000, 0xC0000000, 0xC0000000},
+                          {0x8000, kMost, 0xC0000000, 0xC0000000},
+                          {kMost, kMost, 0x7FFFFFFF, 0},
+                          {0x7FFFFFFF, 0x18000, 0xBFFFFFFF, 0xBFFFFFFF},
+                          {0x40000000, 0x40000, 0x7FFFFFFF, 0},
+                          {kMost, 0, 0, 0},
+                          {0x7FFF0000, 0x1FFFF, 0xFFFD8001, 0xFFFD8001}};
+    for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << std::hex << c.a << " * " << c.b);
         EXPECT_EQ(FixMul(c.a, c.b), Raw(c.plain));
         EXPECT_EQ(XFixMultiply(c.a, c.b), Raw(c.shortcut));
@@ -43,25 +44,24 @@ TEST(FixedPoint, MultipliesInBothFamilies) {
 }
 
 TEST(FixedPoint, DividesInBothFamilies) {
-    for (const Case& c : std::initializer_list<Case>{
-             {0x10000, 0x30000, 0x5555, 0x5555},
-             {0x20000, 0x30000, 0xAAAA, 0xAAAA},
-             {-0x20000, 0x30000, 0xFFFF5556, 0xFFFF5556},
-             {0x10000, 0, 0x7FFFFFFF, 0x7FFFFFFF},
-             {-0x10000, 0, 0x80000000, 0x80000000},
-             {0, 0, 0x7FFFFFFF, 0},
-             {0, -5, 0, 0},
-             {0x7FFFFFFF, 0x8000, 0xFFFFFFFE, 0xFFFFFFFE},
-             {0x7FFFFFFF, 1, 0xFFFF0000, 0xFFFF0000},
-             {kMost, -1, 0, 0},
-             {kMost, -0x10000, 0x80000000, 0x80000000},
-             {kMost, kMost, 0x10000, 0x10000},
-             {kMost, 0x20000, 0xC0000000, 0xC0000000},
-             {1, kMost, 0, 0},
-             {0x30000, -0x30000, 0xFFFF0000, 0xFFFF0000},
-             {7, 0x20000, 3, 3},
-             {-7, 0x20000, 0xFFFFFFFD, 0xFFFFFFFD},
-         }) {
+    const Case cases[] = {{0x10000, 0x30000, 0x5555, 0x5555},
+                          {0x20000, 0x30000, 0xAAAA, 0xAAAA},
+                          {-0x20000, 0x30000, 0xFFFF5556, 0xFFFF5556},
+                          {0x10000, 0, 0x7FFFFFFF, 0x7FFFFFFF},
+                          {-0x10000, 0, 0x80000000, 0x80000000},
+                          {0, 0, 0x7FFFFFFF, 0},
+                          {0, -5, 0, 0},
+                          {0x7FFFFFFF, 0x8000, 0xFFFFFFFE, 0xFFFFFFFE},
+                          {0x7FFFFFFF, 1, 0xFFFF0000, 0xFFFF0000},
+                          {kMost, -1, 0, 0},
+                          {kMost, -0x10000, 0x80000000, 0x80000000},
+                          {kMost, kMost, 0x10000, 0x10000},
+                          {kMost, 0x20000, 0xC0000000, 0xC0000000},
+                          {1, kMost, 0, 0},
+                          {0x30000, -0x30000, 0xFFFF0000, 0xFFFF0000},
+                          {7, 0x20000, 3, 3},
+                          {-7, 0x20000, 0xFFFFFFFD, 0xFFFFFFFD}};
+    for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << std::hex << c.a << " / " << c.b);
         EXPECT_EQ(FixDiv(c.a, c.b), Raw(c.plain));
         EXPECT_EQ(XFixDivide(c.a, c.b), Raw(c.shortcut));

@@ -3,132 +3,107 @@
 #include <gtest/gtest.h>
 #include <veldt20/numerics.h>
 
+#include <array>
+#include <cmath>
 #include <limits>
+#include <sstream>
+#include <vector>
 
 namespace {
 
 constexpr std::int32_t Raw(std::uint32_t bits) {
     return static_cast<std::int32_t>(bits);
 }
-constexpr std::int32_t kMost = Raw(0x80000000);
 
-constexpr std::int32_t k200 = 200 << 16;
+/// Cases of N raw values, in hexadecimal.
+template <std::size_t N>
+std::vector<std::array<std::int32_t, N>> Cases(const char* text) {
+    std::vector<std::array<std::int32_t, N>> cases;
+    std::istringstream in(text);
+    std::uint32_t value;
+    for (std::size_t i = 0; in >> std::hex >> value; ++i) {
+        if (i % N == 0) {
+            cases.emplace_back();
+        }
+        cases.back()[i % N] = Raw(value);
+    }
+    return cases;
+}
 
-struct Case {
-    std::int32_t a, b;
-    std::uint32_t plain, shortcut;
-};
-
-TEST(FixedPoint, MultipliesInBothFamilies) {
-    const Case cases[] = {{0x18000, 0x18000, 0x24000, 0x24000},
-                          {3, 0x8000, 2, 1},
-                          {-3, 0x8000, 0xFFFFFFFE, 0xFFFFFFFF},
-                          {-3, -0x8000, 2, 1},
-                          {k200, k200, 0x7FFFFFFF, 0x7FFFFFFF},
-                          {-k200, k200, 0x80000001, 0x80000001},
-                          {kMost, 0x10000, 0x80000001, 0x80000000},
-                          {kMost, -0x10000, 0x7FFFFFFF, 0x80000000},
-                          {-0x10000, kMost, 0x7FFFFFFF, 0x80000000},
-                          {kMost, 0x8000, 0xC0000000, 0xC0000000},
-                          {0x8000, kMost, 0xC0000000, 0xC0000000},
-                          {kMost, kMost, 0x7FFFFFFF, 0},
-                          {0x7FFFFFFF, 0x18000, 0xBFFFFFFF, 0xBFFFFFFF},
-                          {0x40000000, 0x40000, 0x7FFFFFFF, 0},
-                          {kMost, 0, 0, 0},
-                          {0x7FFF0000, 0x1FFFF, 0xFFFD8001, 0xFFFD8001}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << std::hex << c.a << " * " << c.b);
-        EXPECT_EQ(FixMul(c.a, c.b), Raw(c.plain));
-        EXPECT_EQ(XFixMultiply(c.a, c.b), Raw(c.shortcut));
+TEST(FixedPoint, BothFamiliesMultiply) {
+    // Operands, FixMul, XFixMultiply
+    for (const auto& [a, b, plain, shortcut] :
+         Cases<4>("00018000 00018000  00024000 00024000   00000003 00008000  00000002 00000001 "
+                  "FFFFFFFD 00008000  FFFFFFFE FFFFFFFF   FFFFFFFD FFFF8000  00000002 00000001 "
+                  "00C80000 00C80000  7FFFFFFF 7FFFFFFF   FF380000 00C80000  80000001 80000001 "
+                  "80000000 00010000  80000001 80000000   80000000 FFFF0000  7FFFFFFF 80000000 "
+                  "FFFF0000 80000000  7FFFFFFF 80000000   80000000 00008000  C0000000 C0000000 "
+                  "00008000 80000000  C0000000 C0000000   80000000 80000000  7FFFFFFF 00000000 "
+                  "7FFFFFFF 00018000  BFFFFFFF BFFFFFFF   40000000 00040000  7FFFFFFF 00000000 "
+                  "80000000 00000000  00000000 00000000   7FFF0000 0001FFFF  FFFD8001 FFFD8001 ")) {
+        SCOPED_TRACE(testing::Message() << std::hex << a << " * " << b);
+        EXPECT_EQ(FixMul(a, b), plain);
+        EXPECT_EQ(XFixMultiply(a, b), shortcut);
     }
 }
 
-TEST(FixedPoint, DividesInBothFamilies) {
-    const Case cases[] = {{0x10000, 0x30000, 0x5555, 0x5555},
-                          {0x20000, 0x30000, 0xAAAA, 0xAAAA},
-                          {-0x20000, 0x30000, 0xFFFF5556, 0xFFFF5556},
-                          {0x10000, 0, 0x7FFFFFFF, 0x7FFFFFFF},
-                          {-0x10000, 0, 0x80000000, 0x80000000},
-                          {0, 0, 0x7FFFFFFF, 0},
-                          {0, -5, 0, 0},
-                          {0x7FFFFFFF, 0x8000, 0xFFFFFFFE, 0xFFFFFFFE},
-                          {0x7FFFFFFF, 1, 0xFFFF0000, 0xFFFF0000},
-                          {kMost, -1, 0, 0},
-                          {kMost, -0x10000, 0x80000000, 0x80000000},
-                          {kMost, kMost, 0x10000, 0x10000},
-                          {kMost, 0x20000, 0xC0000000, 0xC0000000},
-                          {1, kMost, 0, 0},
-                          {0x30000, -0x30000, 0xFFFF0000, 0xFFFF0000},
-                          {7, 0x20000, 3, 3},
-                          {-7, 0x20000, 0xFFFFFFFD, 0xFFFFFFFD}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << std::hex << c.a << " / " << c.b);
-        EXPECT_EQ(FixDiv(c.a, c.b), Raw(c.plain));
-        EXPECT_EQ(XFixDivide(c.a, c.b), Raw(c.shortcut));
+TEST(FixedPoint, BothFamiliesDivide) {
+    // Operands, FixDiv, XFixDivide
+    for (const auto& [a, b, plain, shortcut] :
+         Cases<4>("00010000 00030000  00005555 00005555   00020000 00030000  0000AAAA 0000AAAA "
+                  "FFFE0000 00030000  FFFF5556 FFFF5556   00010000 00000000  7FFFFFFF 7FFFFFFF "
+                  "FFFF0000 00000000  80000000 80000000   00000000 00000000  7FFFFFFF 00000000 "
+                  "00000000 FFFFFFFB  00000000 00000000   7FFFFFFF 00008000  FFFFFFFE FFFFFFFE "
+                  "7FFFFFFF 00000001  FFFF0000 FFFF0000   80000000 FFFFFFFF  00000000 00000000 "
+                  "80000000 FFFF0000  80000000 80000000   80000000 80000000  00010000 00010000 "
+                  "80000000 00020000  C0000000 C0000000   00000001 80000000  00000000 00000000 "
+                  "00030000 FFFD0000  FFFF0000 FFFF0000   00000007 00020000  00000003 00000003 "
+                  "FFFFFFF9 00020000  FFFFFFFD FFFFFFFD ")) {
+        SCOPED_TRACE(testing::Message() << std::hex << a << " / " << b);
+        EXPECT_EQ(FixDiv(a, b), plain);
+        EXPECT_EQ(XFixDivide(a, b), shortcut);
     }
 }
 
 TEST(FixedPoint, RatioCutsTowardZero) {
-    const struct {
-        std::int16_t a, b;
-        std::uint32_t result;
-    } cases[] = {{1, 3, 0x5555},
-                 {2, 3, 0xAAAA},
-                 {-2, 3, 0xFFFF5556},
-                 {2, -3, 0xFFFF5556},
-                 {-2, -3, 0xAAAA},
-                 {0, 0, 0x7FFFFFFF},
-                 {5, 0, 0x7FFFFFFF},
-                 {-5, 0, 0x80000001},
-                 {0, 7, 0},
-                 {32767, 1, 0x7FFF0000},
-                 {-32768, 1, 0x80000000},
-                 {-32768, -1, 0x7FFFFFFF},
-                 {-32768, 2, 0xC0000000},
-                 {-32768, -32768, 0x10000},
-                 {1, -32768, 0xFFFFFFFE}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(FixRatio(c.a, c.b), Raw(c.result)) << c.a << " / " << c.b;
+    for (const auto& [a, b, ratio] :
+         Cases<3>("0001 0003 00005555   0002 0003 0000AAAA   FFFE 0003 FFFF5556 "
+                  "0002 FFFD FFFF5556   FFFE FFFD 0000AAAA   0000 0000 7FFFFFFF "
+                  "0005 0000 7FFFFFFF   FFFB 0000 80000001   0000 0007 00000000 "
+                  "7FFF 0001 7FFF0000   8000 0001 80000000   8000 FFFF 7FFFFFFF "
+                  "8000 0002 C0000000   8000 8000 00010000   0001 8000 FFFFFFFE ")) {
+        EXPECT_EQ(FixRatio(static_cast<std::int16_t>(a), static_cast<std::int16_t>(b)), ratio)
+            << std::hex << a << " / " << b;
     }
 }
 
-TEST(FixedPoint, ConvertsToAndFromOtherNumbers) {
-    const struct {
-        std::uint32_t x;
-        int rounded;
-    } roundings[] = {{0x8000, 1},      {0x7FFF, 0},          {0xFFFF8000, -1},
-                     {0xFFFF8001, 0},  {0xFFFE8000, -2},     {0x7FFF8000, -32768},
-                     {0xFFFEC000, -1}, {0x80000000, -32768}, {0x80007FFF, -32768}};
-    for (const auto& c : roundings) {
-        EXPECT_EQ(FixRound(Raw(c.x)), c.rounded) << std::hex << c.x;
-        EXPECT_EQ(Fix2Long(Raw(c.x)), c.rounded) << std::hex << c.x;
+TEST(FixedPoint, ConvertsToAndFromWholeNumbers) {
+    for (const auto& [x, rounded] :
+         Cases<2>("00008000 00000001   00007FFF 00000000   FFFF8000 FFFFFFFF "
+                  "FFFF8001 00000000   FFFE8000 FFFFFFFE   7FFF8000 FFFF8000 "
+                  "FFFEC000 FFFFFFFF   80000000 FFFF8000   80007FFF FFFF8000 ")) {
+        EXPECT_EQ(FixRound(x), rounded) << std::hex << x;
+        EXPECT_EQ(Fix2Long(x), rounded) << std::hex << x;
     }
     EXPECT_EQ(Long2Fix(40000), 0x7FFF0000);
     EXPECT_EQ(Long2Fix(-3), -0x30000);
     for (const std::int32_t x : {-32767, -32768, -70000}) {
         EXPECT_EQ(Long2Fix(x), Raw(0x80010000));
     }
-    EXPECT_EQ(Fix2X(kMost), -32768.0);
+}
+
+TEST(FixedPoint, ConvertsToAndFromDoubles) {
+    EXPECT_EQ(Fix2X(INT32_MIN), -32768.0);
     EXPECT_EQ(Fix2X(1), 0x1p-16);
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const struct {
-        double d;
-        std::uint32_t x;
-    } conversions[] = {{1.5, 0x18000},
-                       {-1.5, 0xFFFE8000},
-                       {-0.00001, 0},
-                       {40000.0, 0x9C400000},
-                       {0x1p46 + 0x1p-5, 0x800},
-                       {0x1.fffffffffffffp46, 0xFFFFFC00},
-                       {0x1p47, 0},
-                       {-0x1p47, 0},
-                       {1e300, 0},
-                       {kInfinity, 0},
-                       {-kInfinity, 0},
-                       {std::numeric_limits<double>::quiet_NaN(), 0}};
-    for (const auto& c : conversions) {
-        EXPECT_EQ(X2Fix(c.d), Raw(c.x)) << c.d;
+    for (const double d : {-0.00001, 0x1p47, -0x1p47, 1e300, kInfinity, -kInfinity, double{NAN}}) {
+        EXPECT_EQ(X2Fix(d), 0) << d;
     }
+    EXPECT_EQ(X2Fix(1.5), 0x18000);
+    EXPECT_EQ(X2Fix(-1.5), Raw(0xFFFE8000));
+    EXPECT_EQ(X2Fix(40000.0), Raw(0x9C400000));
+    EXPECT_EQ(X2Fix(0x1p46 + 0x1p-5), 0x800);
+    EXPECT_EQ(X2Fix(0x1.fffffffffffffp46), Raw(0xFFFFFC00));
 }
 
 TEST(FixedPoint, KnowsPowersOfTwo) {

@@ -3,5 +3,6 @@
 // Nothing here allocates, locks or reports: a failure shows in the value alone.
 #pragma once
 
+#include <veldt20/decimal_records.h>
 #include <veldt20/fixed_point.h>
 #include <veldt20/floating_point.h>

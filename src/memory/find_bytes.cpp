@@ -6,6 +6,7 @@
 #include <emmintrin.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstring>
@@ -30,15 +31,37 @@ struct Pattern {
     std::size_t third;
 };
 
-/// Two neighbours that differ, as near to the end as there are any: in text that repeats one byte,
-/// as cleared memory and blank lines do, such a pair is rare. Else all bytes are equal.
-Pattern ChooseBytes(const Byte* bytes, std::size_t length) {
+/// Bytes that stand often in text, and in records.
+constexpr auto kCommon = [] {
+    std::array<bool, 256> table{};
+    for (const char c : {'\0', ' ', 'e', 't', 'a', 'o', 'i', 'n', 's', 'h', 'r'}) {
+        table[static_cast<Byte>(c)] = true;
+    }
+    return table;
+}();
+
+/// Two neighbours that differ, near the end of the pattern: in text that repeats one byte, as
+/// cleared memory and blank lines do, such a pair is rare. The longer the text, the more pairs are
+/// looked at for one of bytes that are seldom seen. Where no neighbours differ, all bytes are
+/// equal.
+Pattern ChooseBytes(const Byte* bytes, std::size_t length, std::size_t count) {
+    const std::size_t reach = std::min<std::size_t>(count / 128, 16);
+    std::size_t best = 0;
+    int fewest = 3;  // common bytes of a pair
     for (std::size_t i = length - 1; i > 0; --i) {
-        if (bytes[i] != bytes[i - 1]) {
-            return {bytes, length, i - 1, i, i > 1 ? 0 : length - 1};
+        const int common = kCommon[bytes[i]] + kCommon[bytes[i - 1]];
+        if (bytes[i] != bytes[i - 1] && common < fewest) {
+            best = i;
+            fewest = common;
+        }
+        if (fewest == 0 || (best != 0 && length - i > reach)) {
+            break;
         }
     }
-    return {bytes, length, 0, length - 1, length / 2};
+    if (best == 0) {
+        return {bytes, length, 0, length - 1, length / 2};
+    }
+    return {bytes, length, best - 1, best, best > 1 ? 0 : length - 1};
 }
 
 /// Places are offsets in the text at which the whole pattern has room.
@@ -162,7 +185,7 @@ std::size_t Search::Run(std::size_t& at) {
 }
 
 std::size_t FindLong(const Byte* text, std::size_t count, const Byte* bytes, std::size_t length) {
-    Search search(text, count, ChooseBytes(bytes, length));
+    Search search(text, count, ChooseBytes(bytes, length, count));
     std::size_t at = 0;
     const std::size_t place = search.Run(at);
     if (place != Search::kTooDear) {

@@ -13,40 +13,42 @@ namespace {
 /// Seventeen digits tell every double from its neighbours.
 constexpr int kSourceDigits = 17;
 
-/// Correctly rounded digits. They are worked out in integers: the rounding mode has no part in it.
-class Source {
-  public:
-    explicit Source(double magnitude) {
-        if (magnitude == 0) {
-            std::memset(text_, '0', sizeof(text_));
-            return;
-        }
-        const char* const end = std::to_chars(text_, text_ + sizeof(text_), magnitude,
-                                              std::chars_format::scientific, kSourceDigits - 1)
-                                    .ptr;
-        int exponent = 0;
-        for (const char* digit = text_ + kExponentAt; digit != end; ++digit) {
-            exponent = exponent * 10 + (*digit - '0');
-        }
-        point_ = (text_[kExponentAt - 1] == '-' ? -exponent : exponent) + 1;
-        text_[1] = text_[0];
+/// Puts the correctly rounded digits of a finite number in front of the text. They are worked out
+/// in integers: the rounding mode has no part in it.
+void FindDigits(double magnitude, Digits& digits) {
+    if (magnitude == 0) {
+        std::memset(digits.Text(), '0', kSourceDigits);
+        return;
     }
+    // d.dddddddddddddddde+ddd, placed so that the first digit need only take the point's place.
+    constexpr int kLongest = kSourceDigits + 6;
+    char* const text = digits.Text() - 1;
+    const char* const end = std::to_chars(text, text + kLongest, magnitude,
+                                          std::chars_format::scientific, kSourceDigits - 1)
+                                .ptr;
+    text[1] = text[0];
+    const char* const sign = text + kSourceDigits + 2;
+    int exponent = 0;
+    for (const char* digit = sign + 1; digit != end; ++digit) {
+        exponent = exponent * 10 + (*digit - '0');
+    }
+    digits.point = (*sign == '-' ? -exponent : exponent) + 1;
+}
 
-    /// The number is 0.d1d2d3... times 10 to this power.
-    int Point() const { return point_; }
-    const char* Text() const { return text_ + 1; }
-
-  private:
-    // The text is d.dddddddddddddddde+ddd, until its first digit takes the place of the point.
-    static constexpr int kExponentAt = kSourceDigits + 3;
-
-    int point_ = 0;
-    char text_[kExponentAt + 4];
-};
+Digits SourceOf(double x) {
+    Digits digits;
+    digits.negative = std::signbit(x) && x != 0;
+    if (std::isfinite(x)) {
+        FindDigits(std::abs(x), digits);
+    } else {
+        digits.kind = std::isnan(x) ? Digits::Kind::kNan : Digits::Kind::kInfinity;
+    }
+    return digits;
+}
 
 /// Adds 1 at the last place of the text. Nines all through carry into a digit of their own.
 void RoundUp(Digits& digits) {
-    char* const text = digits.text.data();
+    char* const text = digits.Text();
     for (int i = digits.stored - 1; i >= 0; --i) {
         if (text[i] != '9') {
             ++text[i];
@@ -62,43 +64,30 @@ void RoundUp(Digits& digits) {
 
 /// The modes that round up and to nearest round half up in magnitude, whatever the sign; the other
 /// two cut. Where more digits are wanted than can be significant, the last of these is rounded.
-void ConvertDigits(const Source& source, int count, Digits& digits) {
-    digits.point = source.Point();
+void ConvertDigits(int count, Digits& digits) {
     digits.length = std::max(count, 0);
     digits.stored = std::min(digits.length, kSignificantDigits);
-    // Both copies have a fixed size, which costs less than the right one.
-    std::memcpy(digits.text.data(), source.Text(), kSignificantDigits);
-    std::memset(digits.text.data() + digits.stored, '0', digits.text.size() - kSignificantDigits);
-    if (count >= 0 && source.Text()[digits.stored] >= '5' && XFp::GetRound() <= 1) {
+    const char next = digits.Text()[digits.stored];
+    std::memset(digits.Text() + digits.stored, '0', Digits::kZeros);
+    if (count >= 0 && next >= '5' && XFp::GetRound() <= 1) {
         RoundUp(digits);
     }
-}
-
-/// Fills in what is known before any digit is.
-Digits Begun(double x) {
-    Digits digits;
-    digits.negative = std::signbit(x) && x != 0;
-    digits.kind = std::isfinite(x) ? Digits::Kind::kNumber
-                  : std::isnan(x)  ? Digits::Kind::kNan
-                                   : Digits::Kind::kInfinity;
-    return digits;
 }
 
 }  // namespace
 
 Digits FloatDigits(double x, int count) {
-    Digits digits = Begun(x);
+    Digits digits = SourceOf(x);
     if (digits.kind == Digits::Kind::kNumber) {
-        ConvertDigits(Source(std::abs(x)), count, digits);
+        ConvertDigits(count, digits);
     }
     return digits;
 }
 
 Digits FixedDigits(double x, int places) {
-    Digits digits = Begun(x);
+    Digits digits = SourceOf(x);
     if (digits.kind == Digits::Kind::kNumber) {
-        const Source source(std::abs(x));
-        ConvertDigits(source, source.Point() + places, digits);
+        ConvertDigits(digits.point + places, digits);
     }
     return digits;
 }

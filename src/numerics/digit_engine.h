@@ -11,16 +11,26 @@ namespace veldt::numerics {
 inline constexpr int kSignificantDigits = 15;
 
 /// The number 0.d1d2d3... times 10^point, or what is no finite number.
-struct Digits {
+class Digits {
+  public:
     enum class Kind : std::uint8_t { kNumber, kInfinity, kNan };
 
-    Kind kind;
-    bool negative;
+    /// The zeros that stand behind the stored digits, so that short texts can be taken as they are.
+    static constexpr int kZeros = 25;
+    /// The characters before the digits that whoever builds a text around them may use.
+    static constexpr int kMargin = 2;
+
+    char* Text() { return room_.data() + kMargin; }
+    const char* Text() const { return room_.data() + kMargin; }
+
+    Kind kind = Kind::kNumber;
+    bool negative = false;
     int point = 0;
     int length = 0;  ///< the digits that are wanted, those of a carry included; may be 0
     int stored = 0;  ///< those of them that may be other than 0
-    /// The stored digits and at least 24 zeros, so that short texts are copied as they stand.
-    std::array<char, kSignificantDigits + 25> text;
+
+  private:
+    std::array<char, kMargin + kSignificantDigits + kZeros> room_;
 };
 
 /// What stands for a number that isn't finite.

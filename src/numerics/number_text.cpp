@@ -13,21 +13,20 @@ namespace {
 constexpr int kLongestText = 255;
 constexpr int kMostFloatingDigits = 20;
 constexpr int kDecimalCapacity = sizeof(XNDecimal::digits) - 1;
-static_assert(kSignificantDigits + kDecimalCapacity < static_cast<int>(sizeof(Digits::text)));
+static_assert(Digits::kZeros > kMostFloatingDigits && Digits::kZeros > kDecimalCapacity);
 
 void SetString(unsigned char* out, std::string_view text) {
     out[0] = static_cast<unsigned char>(text.size());
     std::memcpy(out + 1, text.data(), text.size());
 }
 
-void PutFloating(const Digits& digits, unsigned char* out) {
-    constexpr int kMostDigits = kMostFloatingDigits + 1;
-    char text[kMostDigits + 8];
-    text[0] = digits.negative ? '-' : ' ';
-    text[1] = digits.text[0];
-    text[2] = '.';
-    std::memcpy(text + 3, digits.text.data() + 1, kMostDigits - 1);
-    char* end = text + 2 + digits.length;
+/// Builds the text around the digits where they stand, over their zeros.
+void PutFloating(Digits& digits, unsigned char* out) {
+    char* const begin = digits.Text() - Digits::kMargin;
+    begin[0] = digits.negative ? '-' : ' ';
+    begin[1] = begin[2];
+    begin[2] = '.';
+    char* end = digits.Text() + digits.length;
     const int exponent = digits.point - 1;
     *end++ = 'e';
     *end++ = exponent < 0 ? '-' : '+';
@@ -39,7 +38,7 @@ void PutFloating(const Digits& digits, unsigned char* out) {
         *end++ = static_cast<char>('0' + magnitude / 10 % 10);
     }
     *end++ = static_cast<char>('0' + magnitude % 10);
-    SetString(out, {text, static_cast<std::size_t>(end - text)});
+    SetString(out, {begin, static_cast<std::size_t>(end - begin)});
 }
 
 /// Builds a length-prefixed string; what doesn't fit is dropped.
@@ -61,7 +60,7 @@ class Writer {
     /// The digits `from` to `to` - 1, zeros where there are none.
     void Put(const Digits& digits, int from, int to) {
         const int stored = std::clamp(digits.stored, from, to);
-        Put({digits.text.data() + from, static_cast<std::size_t>(stored - from)});
+        Put({digits.Text() + from, static_cast<std::size_t>(stored - from)});
         PutZeros(to - stored);
     }
 
@@ -108,7 +107,7 @@ void XFp::Num2Dec(const XNDecForm* form, double x, XNDecimal* out) {
     const int count = floating ? wanted : std::clamp(digits.length, 1, kDecimalCapacity);
     const int exponent = digits.length == 0 ? -form->digitCount : digits.point - count;
     out->exponent = static_cast<std::int16_t>(exponent);
-    SetString(out->digits, {digits.text.data(), static_cast<std::size_t>(count)});
+    SetString(out->digits, {digits.Text(), static_cast<std::size_t>(count)});
 }
 
 void XFp::Num2Str(XNDecForm* form, double x, unsigned char* out) {
@@ -117,7 +116,7 @@ void XFp::Num2Str(XNDecForm* form, double x, unsigned char* out) {
         form->digitCount = kMostFloatingDigits;
     }
     const int wanted = form->digitCount;
-    const Digits digits = floating ? FloatDigits(x, std::max(wanted, 1)) : FixedDigits(x, wanted);
+    Digits digits = floating ? FloatDigits(x, std::max(wanted, 1)) : FixedDigits(x, wanted);
     if (digits.kind != Digits::Kind::kNumber) {
         SetString(out, TokenOf(digits.kind));
     } else if (floating) {

@@ -50,8 +50,7 @@ constexpr auto kLogPoints = [] {
     for (int i = 0; i <= kSteps; ++i) {
         const bool halved = i >= 27;
         const double point = (halved ? 0.5 : 1.0) * (1.0 + i / static_cast<double>(kSteps));
-        const double inverse =
-            static_cast<double>(static_cast<int>(0x1p19 / point + 0.5)) * 0x1p-19;
+        const double inverse = static_cast<double>(static_cast<int>(0x1p19 / point)) * 0x1p-19;
         points[static_cast<unsigned>(i)] = {inverse, Log2BySeries(inverse) * -1, halved};
     }
     return points;

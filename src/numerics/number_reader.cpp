@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "numerics/double_precision.h"
 #include "numerics/text_rounding.h"
 
 namespace veldt::numerics {
@@ -118,11 +119,16 @@ DecimalNumber Dissect(std::string_view text) {
     return number;
 }
 
+std::from_chars_result FromChars(std::string_view text, double& x) {
+    const DoublePrecision precision;
+    return std::from_chars(text.data(), text.data() + text.size(), x);
+}
+
 /// What from_chars gives is one of the number's two neighbours: on some targets the one that the
 /// mode asks for, on others the nearest in any mode.
 double ReadDecimal(std::string_view text, bool negative, std::int16_t mode) {
     double neighbour = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), neighbour);
+    const auto [end, error] = FromChars(text, neighbour);
     if (error == std::errc() && mode == 0) {
         return neighbour;
     }

@@ -1,0 +1,217 @@
+// The opt-in header on the running instance: each piece with the standard library's own users.
+#include <gtest/gtest.h>
+#include <veldt20/geometry.h>
+#include <veldt20/inspect.h>
+#include <veldt20/std.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <iomanip>
+#include <map>
+#include <numeric>
+#include <ranges>
+#include <sstream>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+using namespace std::string_view_literals;
+
+namespace {
+
+class StdMemory : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_EQ(XMemInitInstance(), 1); }
+    void TearDown() override {
+        char message[200];
+        EXPECT_EQ(XHeapCheck(message, sizeof message), 1) << message;
+        XHeapStatistics statistics;
+        XHeapGetStatistics(&statistics);
+        EXPECT_EQ(statistics.liveBytes, 0U) << "something was not disposed";
+        XMemExitInstance();
+    }
+};
+
+struct Job {
+    int number;
+    void* next;
+    void* prev;
+};
+
+template <class Range>
+std::vector<int> Numbers(const Range& range) {
+    std::vector<int> numbers;
+    for (const Job& job : range) numbers.push_back(job.number);
+    return numbers;
+}
+
+using Pointers = XSinglePtrList;
+static_assert(std::forward_iterator<std::ranges::iterator_t<Pointers>>);
+static_assert(std::forward_iterator<std::ranges::iterator_t<const Pointers>>);
+static_assert(std::forward_iterator<std::ranges::iterator_t<XIntrusiveSingleList>>);
+static_assert(!std::bidirectional_iterator<std::ranges::iterator_t<XIntrusiveSingleList>>);
+static_assert(std::bidirectional_iterator<std::ranges::iterator_t<XIntrusiveDoubleList>>);
+static_assert(std::ranges::bidirectional_range<XElementRange<Job, XIntrusiveDoubleList>>);
+static_assert(std::ranges::sized_range<XElementRange<const Job, XIntrusiveSingleList>>);
+static_assert(std::random_access_iterator<XRecordIterator<int>>);
+static_assert(std::random_access_iterator<XRecordIterator<const XNPoint>>);
+static_assert(std::ranges::contiguous_range<XLockedRecords<XNRect>>);
+static_assert(std::is_same_v<std::iterator_traits<std::ranges::iterator_t<
+                                 XElementRange<Job, XIntrusiveDoubleList>>>::iterator_category,
+                             std::bidirectional_iterator_tag>);
+static_assert(!XRecord<std::string>);
+
+TEST(StdStrings, EveryFormGivesAndTakesAView) {
+    const auto text = "a\0b"sv;
+    EXPECT_EQ(XStringView(XCStringFrom(text)), text);
+    EXPECT_EQ(XStringView(XStr<5>(text)), text);
+    unsigned char pascal[8] = {};
+    EXPECT_EQ(XStringView(XPascalStrFrom(text, pascal)), text);
+    EXPECT_EQ(XStringView(XPascalStrFrom(XStringView(pascal).substr(1), pascal)), text.substr(1));
+    EXPECT_EQ(XStringView(XPascalStrFrom("truncated", pascal, 5)), "trunc");
+    EXPECT_EQ(pascal[6], 0) << "written beyond the limit";
+    EXPECT_TRUE(XStringView(XCStringFrom({})).empty());
+    EXPECT_THROW(XCStringFrom({pascal[0] ? "" : nullptr, SIZE_MAX / 2}), std::bad_alloc);
+}
+
+TEST(StdStrings, HashesAgreeWithEquality) {
+    const std::unordered_set<XCString> shared{XCStringFrom("a\0b"sv), XCString("c")};
+    EXPECT_EQ(shared.count(XCString("a")), 1U) << "== sees the text before the zero byte";
+    const std::unordered_set<XStr<7>> fixed{XStr<7>("a\0b"sv), XStr<7>("c")};
+    EXPECT_EQ(fixed.count(XStr<7>("a")), 0U) << "== sees all of the text";
+    EXPECT_EQ(fixed.count(XStr<7>("a\0b"sv)), 1U);
+}
+
+TEST(StdStrings, StreamsKeepWidthFillAndZeroBytes) {
+    std::ostringstream stream;
+    stream << std::setfill('.') << std::setw(5) << XCStringFrom("a\0b"sv) << std::left
+           << std::setw(4) << XStr<9>("xy");
+    EXPECT_EQ(stream.str(), "..a\0bxy.."sv);
+#ifdef __cpp_lib_format
+    EXPECT_EQ(std::format("{:>4}|{:.1}", XCString("ab"), XStr<3>("xyz")), "  ab|x");
+#endif
+}
+
+TEST(StdRanges, PointerListIsReadAndWritten) {
+    int numbers[3] = {1, 2, 3};
+    XSinglePtrList list;
+    EXPECT_EQ(begin(list), end(list));
+    for (int& number : numbers | std::views::reverse) list.AddHead(&number);
+    const auto found = std::ranges::find(list, static_cast<void*>(&numbers[1]));
+    list.RemoveAt(found.Position());
+    for (void*& value : list) value = static_cast<int*>(value) == numbers ? nullptr : value;
+    const XSinglePtrList& constant = list;
+    EXPECT_EQ(std::vector<void*>(begin(constant), end(constant)),
+              (std::vector<void*>{nullptr, &numbers[2]}));
+}
+
+TEST(StdRanges, IntrusiveListsGiveTheirElements) {
+    Job jobs[4] = {{3, {}, {}}, {1, {}, {}}, {4, {}, {}}, {1, {}, {}}};
+    XIntrusiveSingleList single(offsetof(Job, next));
+    for (Job& job : jobs) single.AddHead(&job);
+    EXPECT_EQ(Numbers(XElements<const Job>(single)), (std::vector{1, 4, 1, 3}));
+    EXPECT_EQ(std::ranges::distance(single), 4);
+    single.RemoveAll();
+
+    for (Job& job : jobs) job.next = nullptr;
+    XIntrusiveDoubleList both(offsetof(Job, next), offsetof(Job, prev));
+    for (Job& job : jobs) both.AddTail(&job);
+    EXPECT_EQ(Numbers(XElements<Job>(both) | std::views::reverse), (std::vector{1, 4, 1, 3}));
+    for (Job& job : XElements<Job>(both)) job.number *= 2;
+    EXPECT_EQ(std::ranges::max_element(XElements<Job>(both), {}, &Job::number).Position(),
+              both.FindIndex(2));
+    EXPECT_EQ(*std::ranges::prev(end(both)), &jobs[3]);
+}
+
+TEST_F(StdMemory, RecordsFollowTheirHandle) {
+    XHandleArray array(4, sizeof(int));
+    const XRecords<int> records(array);
+    const auto first = records.begin();
+    std::vector<XOwnedHandle> others;
+    for (int i = 0; i < 500; ++i) {
+        ASSERT_EQ(array.Grow(1), 1);
+        records[static_cast<std::size_t>(i)] = (i * 7) % 500;
+        others.emplace_back(_XNewHandle(40));
+    }
+    EXPECT_EQ(records.end() - first, 500);
+    std::ranges::sort(records);
+    for (int i = 0; i < 500; ++i) ASSERT_EQ(first[i], i);
+    {
+        const XLockedRecords<const int> locked(array);
+        XMemCompactHeap();
+        EXPECT_EQ(locked.data(), &*first);
+        EXPECT_EQ(std::accumulate(locked.begin(), locked.end(), 0), 499 * 250);
+        EXPECT_EQ(XHGetState(array.GetArrayHandle()), 1);
+    }
+    EXPECT_EQ(XHGetState(array.GetArrayHandle()), 0);
+}
+
+TEST_F(StdMemory, OwnersDispose) {
+    const XOwnedPtr bytes(_XNewPtr(80));
+    bytes[79] = 'z';
+    XOwnedHandle line(_XNewHandle(80));
+    (*line)[79] = 'z';
+    XHLock(line.get());
+    line.reset(_XNewHandle(5000));
+    EXPECT_EQ(XGetHandleSize(line.get()), 5000);
+}
+
+TEST_F(StdMemory, LocksRestoreWhatTheyFound) {
+    const XOwnedHandle line(_XNewHandle(80));
+    for (const char former : {'\0', '\1', '\3', '~', '\177'}) {
+        XHSetState(line.get(), former);
+        {
+            const XHandleLock outer(line.get());
+            const XHandleLock inner(line.get());
+            EXPECT_EQ(inner.Get(), *line);
+            EXPECT_GT(XHGetState(line.get()), former - (former == 127));
+        }
+        EXPECT_EQ(XHGetState(line.get()), former);
+    }
+    for (int more = 0; more < 100; ++more) XHLock(line.get());
+    { const XHandleLock lock(line.get()); }
+    XHSetState(line.get(), 1);
+    EXPECT_EQ(XHGetState(line.get()), 1);
+    XHSetState(line.get(), 0);
+    XMoveHHi(line.get());
+    { const XHandleLock lock(line.get()); }
+    EXPECT_EQ(XHGetState(line.get()), 1) << "it left its fixed place";
+}
+
+TEST_F(StdMemory, TheResourceHonoursEveryAlignment) {
+    XMemoryResource resource;
+    struct Piece {
+        void* p;
+        std::size_t bytes, alignment;
+    };
+    std::vector<Piece> pieces;
+    for (std::size_t alignment = 1; alignment <= 16384; alignment *= 2) {
+        for (const std::size_t bytes : {0, 1, 24, 100, 5000}) {
+            void* p = resource.allocate(bytes, alignment);
+            ASSERT_EQ(reinterpret_cast<std::uintptr_t>(p) % alignment, 0U);
+            std::fill_n(static_cast<char*>(p), bytes, static_cast<char>(pieces.size()));
+            pieces.push_back({p, bytes, alignment});
+        }
+    }
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        const char* bytes = static_cast<const char*>(pieces[i].p);
+        EXPECT_EQ(std::count(bytes, bytes + pieces[i].bytes, static_cast<char>(i)),
+                  static_cast<std::ptrdiff_t>(pieces[i].bytes));
+        resource.deallocate(pieces[i].p, pieces[i].bytes, pieces[i].alignment);
+    }
+    EXPECT_EQ(resource, *XGetMemoryResource());
+    EXPECT_NE(resource, *std::pmr::new_delete_resource());
+}
+
+TEST_F(StdMemory, TheResourceServesContainersAndSaysWhenMemoryRunsOut) {
+    {
+        std::pmr::map<int, std::pmr::string> names(XGetMemoryResource());
+        for (int i = 0; i < 200; ++i) names.emplace(i, std::string(50, 'x'));
+        EXPECT_EQ(names.at(199), std::string(50, 'x').c_str());
+    }
+    constexpr std::size_t kTooMuch = SIZE_MAX - 7;
+    EXPECT_THROW((void)XGetMemoryResource()->allocate(kTooMuch, 8), std::bad_alloc);
+    EXPECT_THROW((void)XGetMemoryResource()->allocate(kTooMuch, 64), std::bad_alloc);
+}
+
+}  // namespace

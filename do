@@ -12,7 +12,7 @@ need_for() {
         i386 | bench-i386) packages+=(g++-multilib) ;;
         windows) packages+=(g++-mingw-w64-i686-posix) ;;
         bench) packages+=(libbenchmark-dev) ;;
-        fuzz) packages+=(clang) ;;
+        fuzz) packages+=(clang libclang-rt-14-dev) ;;
     esac
     need "${packages[@]}"
 }
@@ -102,6 +102,19 @@ verb_bench() {
     done
 }
 
+# fuzz [NAME [SECONDS]]: what breaks one is left in build/fuzz as crash-*, to be given to it again.
+verb_fuzz() {
+    build fuzz
+    cd build/fuzz
+    local fuzzer
+    for fuzzer in ${1:-memory numbers strings}; do
+        say "$fuzzer:"
+        mkdir -p "corpus/$fuzzer"
+        "tests/fuzz/fuzz_$fuzzer" -max_total_time="${2:-60}" -max_len=2000 -print_final_stats=1 \
+            "corpus/$fuzzer"
+    done
+}
+
 verb_docs() {
     need doxygen
     doxygen docs/Doxyfile
@@ -140,6 +153,7 @@ usage: ./do VERB
   exports        write the committed lists of exported symbols anew
   record-abi     record what the ABI check compares with
   bench          build and run the benchmarks
+  fuzz [NAME [SECONDS]]  look for inputs that break the heap, the numbers or the strings
   docs           the reference of the exported interface, into build/docs
   format         clang-format every file in place
   tidy [FILE...] clang-tidy on src/

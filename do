@@ -8,7 +8,8 @@ cd "$(dirname "$(realpath "$0")")"
 need_for() {
     local packages=(cmake ninja-build g++ googletest pkg-config)
     case $1 in
-        native) packages+=(abigail-tools) ;;
+        native) packages+=(abigail-tools gdb valgrind) ;;
+        asan) packages+=(valgrind) ;;
         i386 | bench-i386) packages+=(g++-multilib) ;;
         windows) packages+=(g++-mingw-w64-i686-posix) ;;
         bench) packages+=(libbenchmark-dev) ;;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "heap/block_life.h"
 #include "heap/locks.h"
 #include "heap/pages.h"
 #include "heap/ring_index.h"
@@ -136,7 +137,7 @@ char* SlideGroup(char* block) {
     // The bytes move under the lock as well: among them is the header that a reader looks at.
     const HandleHold hold;
     UnlinkFree(target);
-    std::memmove(target, block, length);
+    SlideBlocks(target, block, length);
     SetBits(target, kPreviousInUse);
     char* merged = target + length;
     const unsigned size = below + FreeSize(end);

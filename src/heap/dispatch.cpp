@@ -2,6 +2,7 @@
 // that the block stands in.
 #include <algorithm>
 
+#include "heap/block_life.h"
 #include "heap/errors.h"
 #include "heap/fixed_blocks.h"
 #include "heap/large_blocks.h"
@@ -55,6 +56,7 @@ std::uint16_t ResizeVariable(HeapPool* pool, char* data, std::uint32_t size, std
     if ((size > usable && size > pool->largeThreshold) || VariableResizeInPlace(block, size) == 0) {
         return usable;
     }
+    BlockResized(data, usable);
     if ((flags & AllocZero) != 0) {
         ZeroFrom(data, std::min<std::uint32_t>(size, usable), UsedSize(block) - kHeaderSize);
     }
@@ -97,8 +99,11 @@ inline char* AllocBySize(HeapPool* pool, std::uint32_t size, std::uint32_t flags
         return nullptr;
     }
     char* block = FixedAlloc(pool);
-    if (block != nullptr && (flags & AllocZero) != 0) {
-        std::memset(block, 0, pool->fixedSize);
+    if (block != nullptr) {
+        BlockBorn(block, flags);
+        if ((flags & AllocZero) != 0) {
+            std::memset(block, 0, pool->fixedSize);
+        }
     }
     return block;
 }
@@ -143,6 +148,7 @@ int PoolFree(char* block) {
         RaiseBadPointer();
         return 0;
     }
+    BlockDies(block);
     if ((page->pool->flags & PoolSerialised) != 0) [[unlikely]] {
         FreeUnderLock(page, block);
     } else {

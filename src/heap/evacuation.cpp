@@ -1,4 +1,5 @@
 // Moves the blocks of one moveable page into the others, as far as they have room.
+#include "heap/block_life.h"
 #include "heap/compaction.h"
 #include "heap/pages.h"
 #include "heap/ring_index.h"
@@ -53,7 +54,7 @@ bool Evacuation::MoveAway(char* block, std::uint16_t size) {
     if (fresh == nullptr) {
         return false;
     }
-    std::memcpy(fresh, DataOf(block), size - kHeaderSize - kTrailerSize);
+    MoveBlock(fresh, DataOf(block), size - kHeaderSize - kTrailerSize);
     SetBits(HeaderOfData(fresh), kBlockRelocatable);
     SetSlot(HeaderOfData(fresh), slot);
     slot->block = fresh;

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "heap/annotate.h"
+
 namespace veldt::heap {
 
 inline constexpr std::uint32_t kPointer = sizeof(void*);
@@ -28,14 +30,16 @@ constexpr T RoundUp(T value, T step) {
 }
 
 template <class T>
-T Load(const void* address) {
+VELDT20_EXEMPT T Load(const void* address) {
+    [[maybe_unused]] const Exempt exempt;
     T value;
     std::memcpy(&value, address, sizeof value);
     return value;
 }
 
 template <class T>
-void Store(void* address, T value) {
+VELDT20_EXEMPT void Store(void* address, T value) {
+    [[maybe_unused]] const Exempt exempt;
     std::memcpy(address, &value, sizeof value);
 }
 

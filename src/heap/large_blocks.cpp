@@ -1,5 +1,6 @@
 #include "heap/large_blocks.h"
 
+#include "heap/block_life.h"
 #include "heap/errors.h"
 #include "heap/locks.h"
 #include "heap/pages.h"
@@ -20,6 +21,7 @@ char* BlockOf(HeapPage* page) {
 /// too.
 void SwapPages(char* from, char* to) {
     auto* page = reinterpret_cast<HeapPage*>(to);
+    BlockLeft(BlockOf(reinterpret_cast<HeapPage*>(from)));
     const HandleHold hold;
     SetMark(from, kMarkNothing);
     SetMark(to, MarkOf(kMarkPage, RegionSize(to)));
@@ -56,6 +58,7 @@ char* LargeAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
         }
         page = PageAcquire(pool, kKindLarge, total, flags);
     }
+    BlockBorn(BlockOf(page), flags);
     return BlockOf(page);
 }
 
@@ -77,14 +80,17 @@ int LargeResize(HeapPage* page, char** result, std::uint32_t size, std::uint32_t
     const std::uint32_t regionFlags =
         pool->flags | RegionLarge | ((flags & AllocZero) != 0 ? RegionZero : 0U);
     auto* base = reinterpret_cast<char*>(page);
+    const HeldBytes held = BlockOpens(BlockOf(page));
     if (result == nullptr) {
         if (RegionResize(base, total, regionFlags) == 0) {
+            BlockCloses(BlockOf(page), held);
             return 0;
         }
     } else {
         char* moved = RegionRelocate(base, total, regionFlags, SwapPages);
         while (moved == nullptr) {
             if (HeapErrorDispatch(pool, MEM_OUT_OF_MEMORY) == 0) {
+                BlockCloses(BlockOf(page), held);
                 *result = nullptr;
                 return 0;
             }

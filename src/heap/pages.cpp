@@ -1,5 +1,6 @@
 #include "heap/pages.h"
 
+#include "heap/block_life.h"
 #include "heap/errors.h"
 #include "heap/fixed_blocks.h"
 #include "heap/large_blocks.h"
@@ -56,6 +57,7 @@ HeapPage* PageAcquire(HeapPool* pool, PageKind kind, std::uint32_t size, std::ui
     page->signature = static_cast<std::uint16_t>(kPageSignature | kind);
     page->blockCount = 0;
     link->freeHint = InitPage(pool, page, kind, committed, argument);
+    PageBegan(page, committed);
     link->linkFlags = kNothingToSlide;
     if (kind != kKindLarge) {
         RingIndexInsert(link, link->prev != link ? link->prev : nullptr);

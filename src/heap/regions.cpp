@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "heap/block_life.h"
+
 namespace veldt::heap {
 
 using namespace platform;
@@ -42,6 +44,7 @@ char* RegionAlloc(std::uint32_t size, std::uint32_t flags) {
         RegionFree(base);
         return nullptr;
     }
+    RegionBegan(base, static_cast<std::size_t>(committed));
     if ((flags & RegionZero) != 0) {
         std::memset(base, 0, static_cast<std::size_t>(committed));
     }
@@ -64,6 +67,7 @@ int RegionResize(char* base, std::uint32_t size, std::uint32_t flags) {
         if (oldSize % kRegionUnit == 0 || Commit(base + oldSize, fresh) == nullptr) {
             return 0;
         }
+        RegionBegan(base + oldSize, static_cast<std::size_t>(fresh));
         if ((flags & RegionZero) != 0) {
             std::memset(base + oldSize, 0, static_cast<std::size_t>(fresh));
         }
@@ -99,6 +103,7 @@ char* RegionRelocate(char* base, std::uint32_t size, std::uint32_t flags,
 }
 
 void RegionFree(void* base) {
+    RegionEnds(static_cast<char*>(base));
     VirtualFree(base, 0, MEM_RELEASE);
 }
 

@@ -1,5 +1,6 @@
 #include "heap/relocatable_blocks.h"
 
+#include "heap/block_life.h"
 #include "heap/compaction.h"
 #include "heap/errors.h"
 #include "heap/large_blocks.h"
@@ -90,7 +91,7 @@ void CountPinOf(const HandleSlot* slot, bool pinned) {
 /// address is read here, since getting the fresh one may have moved it.
 void MoveTo(HandleSlot* slot, char* fresh, std::uint32_t bytes) {
     char* old = slot->block;
-    std::memcpy(fresh, old, bytes);
+    MoveBlock(fresh, old, bytes);
     Own(fresh, slot);
     CountPinOf(slot, false);
     {
@@ -173,6 +174,7 @@ int RelocFree(HandleSlot* slot) {
     const PoolHold hold(pool);
     char* block = slot->block;
     CountPinOf(slot, false);
+    BlockDies(block);
     Disown(block);
     PageBase(block)->freeBlock(block);
     SlotChainPush(pool, slot);

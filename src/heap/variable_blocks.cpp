@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "heap/block_life.h"
 #include "heap/large_blocks.h"
 #include "heap/pages.h"
 #include "heap/regions.h"
@@ -175,6 +176,7 @@ char* VariablePageAlloc(HeapPage* page, std::uint16_t need, std::uint32_t flags)
         return nullptr;
     }
     block = CutFree(page, block, need, flags);
+    BlockBorn(DataOf(block), flags);
     if ((flags & AllocZero) != 0) {
         std::memset(DataOf(block), 0, UsedSize(block) - kHeaderSize);
     }

@@ -2,6 +2,7 @@
 // only while the block stands in a fixed place.
 #include <algorithm>
 
+#include "heap/block_life.h"
 #include "heap/relocatable_blocks.h"
 #include "memory/memory_calls.h"
 
@@ -45,6 +46,7 @@ std::int16_t MemNewHandle(char*** h, std::uint32_t size, std::int16_t clear) {
         return SetMemError(kMemFull);
     }
     slot->size = size;
+    BlockHolds(slot->block, size);
     *h = &slot->block;
     return SetMemError(0);
 }
@@ -72,6 +74,7 @@ std::int16_t MemSetHandleSize(char** h, std::uint32_t size) {
     if (RelocIsMoveable(slot) == 0) {
         WriteExcess(slot->block, RelocSize(slot), size);
     }
+    BlockHolds(slot->block, size);
     return SetMemError(0);
 }
 

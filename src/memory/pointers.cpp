@@ -1,5 +1,6 @@
 // Pointer blocks: they never move, and keep the excess of their physical over their logical size
 // in their last two bytes.
+#include "heap/block_life.h"
 #include "heap/granule.h"
 #include "memory/memory_calls.h"
 
@@ -25,6 +26,7 @@ std::int16_t MemNewPtr(char** p, std::uint32_t size, std::int16_t clear) {
         return SetMemError(kMemFull);
     }
     WriteExcess(block, UsableSize(block), size);
+    BlockHolds(block, size);
     *p = block;
     return SetMemError(0);
 }
@@ -48,6 +50,7 @@ std::int16_t MemSetPtrSize(char* p, std::uint32_t size) {
         return SetMemError(kMemFull);
     }
     WriteExcess(p, UsableSize(p), size);
+    BlockHolds(p, size);
     return SetMemError(0);
 }
 

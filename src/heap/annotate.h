@@ -38,7 +38,7 @@
 namespace veldt::heap {
 
 /// Valgrind reports nothing of this thread while one lives.
-struct Exempt {
+struct [[maybe_unused]] Exempt {
 #ifdef VELDT20_VALGRIND
     Exempt() {
         VALGRIND_DISABLE_ERROR_REPORTING;

@@ -31,7 +31,7 @@ constexpr T RoundUp(T value, T step) {
 
 template <class T>
 VELDT20_EXEMPT T Load(const void* address) {
-    [[maybe_unused]] const Exempt exempt;
+    const Exempt exempt;
     T value;
     std::memcpy(&value, address, sizeof value);
     return value;
@@ -39,7 +39,7 @@ VELDT20_EXEMPT T Load(const void* address) {
 
 template <class T>
 VELDT20_EXEMPT void Store(void* address, T value) {
-    [[maybe_unused]] const Exempt exempt;
+    const Exempt exempt;
     std::memcpy(address, &value, sizeof value);
 }
 

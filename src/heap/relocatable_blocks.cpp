@@ -87,19 +87,9 @@ void CountPinOf(const HandleSlot* slot, bool pinned) {
     }
 }
 
-/// Moves the slot's bytes to `fresh`, a block that is large enough, and frees the old block. Its
-/// address is read here, since getting the fresh one may have moved it.
+/// Moves the slot's bytes to `fresh`, a block that is large enough, and frees the old block.
 void MoveTo(HandleSlot* slot, char* fresh, std::uint32_t bytes) {
-    char* old = slot->block;
-    MoveBlock(fresh, old, bytes);
-    Own(fresh, slot);
-    CountPinOf(slot, false);
-    {
-        const HandleHold hold;
-        Disown(old);
-        slot->block = fresh;
-    }
-    CountPinOf(slot, true);
+    char* old = RelocRehome(slot, fresh, bytes);
     PageBase(old)->freeBlock(old);
 }
 
@@ -130,6 +120,21 @@ HandleSlot* ResizeByMoving(HeapPool* pool, HandleSlot* slot, std::uint32_t reque
 }
 
 }  // namespace
+
+char* RelocRehome(HandleSlot* slot, char* fresh, std::uint32_t bytes) {
+    // Read only here, since getting the fresh block may have moved the old one.
+    char* old = slot->block;
+    MoveBlock(fresh, old, bytes);
+    Own(fresh, slot);
+    CountPinOf(slot, false);
+    {
+        const HandleHold hold;
+        Disown(old);
+        slot->block = fresh;
+    }
+    CountPinOf(slot, true);
+    return old;
+}
 
 char* RelocBlockAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
     return size > pool->largeThreshold ? LargeAlloc(pool, flags, size)

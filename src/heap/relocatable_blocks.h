@@ -60,6 +60,9 @@ void SlotChainPush(HeapPool* pool, HandleSlot* slot);
 /// 1 if there are free slots afterwards.
 int SlotTableGrow(HeapPool* pool);
 
+/// Moves the slot's bytes to `fresh`, a block that is large enough. Gives the old block, which has
+/// no owner now and is the caller's to free. The caller holds the pool lock.
+char* RelocRehome(HandleSlot* slot, char* fresh, std::uint32_t bytes);
 /// A large block or a variable-size one, by the threshold. The caller holds the pool lock.
 char* RelocBlockAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size);
 

@@ -54,11 +54,11 @@ static_assert(Figure(EmptyPageBlock(16384), 16340));
 
 /// Atomic, since a block's size is read without the pool lock while a neighbour changes bit 1.
 VELDT20_EXEMPT inline std::uint16_t HeaderOf(const char* block) {
-    [[maybe_unused]] const Exempt exempt;
+    const Exempt exempt;
     return __atomic_load_n(reinterpret_cast<const std::uint16_t*>(block), __ATOMIC_RELAXED);
 }
 VELDT20_EXEMPT inline void SetHeader(char* block, unsigned word) {
-    [[maybe_unused]] const Exempt exempt;
+    const Exempt exempt;
     __atomic_store_n(reinterpret_cast<std::uint16_t*>(block), static_cast<std::uint16_t>(word),
                      __ATOMIC_RELAXED);
 }

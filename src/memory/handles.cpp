@@ -4,6 +4,7 @@
 
 #include "heap/block_life.h"
 #include "heap/relocatable_blocks.h"
+#include "heap/stress.h"
 #include "memory/memory_calls.h"
 
 namespace veldt::memory {
@@ -31,6 +32,7 @@ void Unfix(HandleSlot* slot) {
     const std::uint32_t logical = physical - ReadExcess(slot->block, physical);
     RelocUnfix(slot);
     slot->size = logical;
+    StressMoves(InstancePool, nullptr);
 }
 
 }  // namespace
@@ -40,6 +42,7 @@ std::int16_t MemNewHandle(char*** h, std::uint32_t size, std::int16_t clear) {
     if (size > kLargestSize) {
         return SetMemError(kMemFull);
     }
+    StressMoves(InstancePool, nullptr);
     const std::uint32_t flags = AllocRelocatable | (clear != 0 ? AllocZero : 0U);
     HandleSlot* slot = RelocAlloc(InstancePool, flags, size + kExcessSize);
     if (slot == nullptr) {
@@ -70,6 +73,7 @@ std::int16_t MemSetHandleSize(char** h, std::uint32_t size) {
     if (size > kLargestSize || RelocResize(slot, size + kExcessSize, AllocRelocatable) == nullptr) {
         return SetMemError(kMemFull);
     }
+    StressMoves(InstancePool, slot);
     slot->size = size;
     if (RelocIsMoveable(slot) == 0) {
         WriteExcess(slot->block, RelocSize(slot), size);

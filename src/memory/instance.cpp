@@ -1,5 +1,6 @@
 // The one pool that the exported memory calls work on, and the register of their last result.
 #include "heap/errors.h"
+#include "heap/stress.h"
 #include "memory/memory_calls.h"
 
 namespace veldt::memory {
@@ -31,4 +32,5 @@ std::int16_t XMemError() {
 
 void XMemCompactHeap() {
     veldt::heap::PoolCompact(InstancePool);
+    veldt::heap::StressMoves(InstancePool, nullptr);
 }

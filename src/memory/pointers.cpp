@@ -2,6 +2,7 @@
 // in their last two bytes.
 #include "heap/block_life.h"
 #include "heap/granule.h"
+#include "heap/stress.h"
 #include "memory/memory_calls.h"
 
 namespace veldt::memory {
@@ -21,6 +22,7 @@ std::int16_t MemNewPtr(char** p, std::uint32_t size, std::int16_t clear) {
     if (size > kLargestSize) {
         return SetMemError(kMemFull);
     }
+    StressMoves(InstancePool, nullptr);
     char* block = PoolAlloc(InstancePool, size + kExcessSize, clear != 0 ? AllocZero : 0U);
     if (block == nullptr) {
         return SetMemError(kMemFull);

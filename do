@@ -10,7 +10,8 @@ need_for() {
     case $1 in
         native) packages+=(abigail-tools gdb valgrind) ;;
         asan) packages+=(valgrind) ;;
-        i386 | bench-i386) packages+=(g++-multilib) ;;
+        i386) packages+=(g++-multilib gdb) ;;
+        bench-i386) packages+=(g++-multilib) ;;
         windows) packages+=(g++-mingw-w64-i686-posix) ;;
         bench) packages+=(libbenchmark-dev) ;;
         fuzz) packages+=(clang libclang-rt-14-dev) ;;

@@ -1,5 +1,6 @@
 # What `cmake --install` lays down: the shared module and the static library, the exported headers,
-# a CMake package and a pkg-config file. The tree may be moved afterwards.
+# a CMake package, a pkg-config file, and what gdb shows the types by. The tree may be moved
+# afterwards.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VELDT20)
@@ -9,6 +10,15 @@ install(TARGETS veldt20_shared veldt20_static EXPORT VELDT20Targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/veldt20 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.h)
+# Beside the module gdb loads the printers with it. A package for a prefix that gdb trusts puts them
+# below share/gdb/auto-load, in a folder named as the module's is.
+set(module_dir ${CMAKE_INSTALL_LIBDIR})
+if(WIN32)
+    set(module_dir ${CMAKE_INSTALL_BINDIR})
+endif()
+set(VELDT20_GDB_DIR ${module_dir} CACHE STRING "Where gdb's printers are installed")
+install(FILES tools/gdb/printers.py DESTINATION ${VELDT20_GDB_DIR}
+    RENAME $<TARGET_FILE_NAME:veldt20_shared>-gdb.py)
 install(EXPORT VELDT20Targets NAMESPACE VELDT20:: DESTINATION ${package_dir})
 
 configure_package_config_file(cmake/VELDT20Config.cmake.in VELDT20Config.cmake

@@ -1,5 +1,5 @@
 # What `cmake --install` lays down: the shared module and the static library, the exported headers,
-# a CMake package, a pkg-config file, and what gdb shows the types by. The tree may be moved
+# a CMake package, a pkg-config file, and what debuggers show the types by. The tree may be moved
 # afterwards.
 include(CMakePackageConfigHelpers)
 
@@ -19,6 +19,7 @@ endif()
 set(VELDT20_GDB_DIR ${module_dir} CACHE STRING "Where gdb's printers are installed")
 install(FILES tools/gdb/printers.py DESTINATION ${VELDT20_GDB_DIR}
     RENAME $<TARGET_FILE_NAME:veldt20_shared>-gdb.py)
+install(FILES tools/natvis/veldt20.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/veldt20)
 install(EXPORT VELDT20Targets NAMESPACE VELDT20:: DESTINATION ${package_dir})
 
 configure_package_config_file(cmake/VELDT20Config.cmake.in VELDT20Config.cmake

@@ -104,23 +104,28 @@ void FixedPair() {
 
 // Numbers to text -------------------------------------------------------------------------------
 
+/// The double nearest to a decimal number or a neighbour of it.
+double NearDecimal(std::uint64_t digits, int exponent) {
+    const std::string text = to_string(digits) + 'e' + to_string(exponent);
+    const auto nearest = std::bit_cast<std::uint64_t>(std::strtod(text.c_str(), nullptr));
+    return std::bit_cast<double>(nearest + static_cast<std::uint64_t>(Between(-1, 1)));
+}
+
 double Number() {
     const std::uint64_t bits = random_();
-    const auto decimal = [](std::uint64_t digits, int exponent) {
-        return std::strtod((to_string(digits) + 'e' + to_string(exponent)).c_str(), nullptr);
-    };
-    switch (Between(0, 7)) {
+    switch (Between(0, 9)) {
         case 0:  // subnormal
             return std::bit_cast<double>((bits & 0x800FFFFFFFFFFFFF) >> Between(0, 51));
         case 1:
             return std::ldexp(bits % 2 != 0 ? 1.0 : -1.0, Between(-1074, 1023));
-        case 2:  // a power of ten or a neighbour
-            return std::bit_cast<double>(
-                std::bit_cast<std::uint64_t>(decimal(1, Between(-323, 308))) + bits % 3 - 1);
+        case 2:
+            return NearDecimal(1, Between(-323, 308));
         case 3:  // a tie at some place
             return std::ldexp(static_cast<double>(bits % 100000000) + 0.5, Between(-8, 8));
         case 4:  // few digits, or nines all through
-            return decimal(bits % 2 != 0 ? bits % 100000 : 999999999, Between(-20, 20));
+            return NearDecimal(bits % 2 != 0 ? bits % 100000 : 999999999, Between(-20, 20));
+        case 5:  // such as measures and prices are
+            return NearDecimal(bits % 10000000000, Between(-9, 0));
         default:
             return std::bit_cast<double>(bits);
     }

@@ -2,13 +2,17 @@
 // their own on random numbers.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <clocale>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "numerics/comma_locale.h"
 #include "numerics/rounding.h"
 
 namespace {
@@ -317,6 +321,35 @@ TEST(Decimal, ThreadsDoNotShareScratch) {
     std::thread other(work, -98765.4321e-9, 2);
     work(12345.6789, 1);
     other.join();
+}
+
+bool PrintsCommas() {
+    char text[8];
+    std::snprintf(text, sizeof(text), "%.1f", 0.5);
+    return std::strcmp(text, "0,5") == 0;
+}
+
+TEST(Decimal, LocalesAndConversionsLeaveEachOtherAlone) {
+    SetCommaLocale();
+    ASSERT_TRUE(PrintsCommas());
+    std::atomic<bool> done = false;
+    bool disturbed = false;
+    std::thread other([&] {
+        while (!done) {
+            disturbed |= !PrintsCommas();
+        }
+    });
+    for (int i = 0; i < 20000; ++i) {
+        EXPECT_EQ(Parsed("1.5"), 1.5);
+        EXPECT_EQ(Parsed("1,5"), 1.0);
+        EXPECT_EQ(Number(0, -1, "15"), 1.5);
+        EXPECT_EQ(Text(kFloat, 6, 3.14159) + Text(kFixed, 2, 3.14159), " 3.14159e+03.14");
+    }
+    done = true;
+    other.join();
+    EXPECT_FALSE(disturbed);
+    EXPECT_TRUE(PrintsCommas());
+    std::setlocale(LC_NUMERIC, "C");
 }
 
 }  // namespace

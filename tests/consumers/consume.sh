@@ -32,15 +32,21 @@ with_cmake() {
     fi
 }
 
+# On Windows the linker finds the import library, and the program its DLL in its own folder.
 with_pkg_config() {
     local work=$1 found
     found=$(find "$work/moved" -name pkgconfig)
     mkdir -p "$work/pkg_config"
     export PKG_CONFIG_PATH=$found
+    local before=() behind=("-Wl,-rpath,$(pkg-config --variable=libdir veldt20)")
+    if [ -e "$work/moved/bin/VELDT20.dll" ]; then
+        cp "$work/moved/bin/VELDT20.dll" "$work/pkg_config"
+        # All but the module is linked in: the compiler's runtime isn't on the path.
+        before=(-static -Wl,-Bdynamic) behind=(-Wl,-Bstatic)
+    fi
     # shellcheck disable=SC2046,SC2086  # both give a list of options
     $CXX -std=c++20 ${CXXFLAGS:-} "$here/main.cpp" -o "$work/pkg_config/consumer" \
-        $(pkg-config --cflags --libs veldt20) \
-        "-Wl,-rpath,$(pkg-config --variable=libdir veldt20)"
+        "${before[@]}" $(pkg-config --cflags --libs veldt20) "${behind[@]}"
 }
 
 if [ "$1" = install ]; then
@@ -54,5 +60,10 @@ case $kind in
 esac
 program=$work/$kind/consumer
 [ -x "$program" ] || program=$program.exe
+# What was meant to use the shared module does.
+if [ "$kind" != find_package_static ] && ! grep -qaF -e libVELDT20.so -e VELDT20.dll "$program"; then
+    echo "$program doesn't load the module"
+    exit 1
+fi
 said=$(${EMULATOR:-} "$program" | tr -d '\r')
 [ "$said" = "a line in a handle" ] || { echo "The consumer said: $said"; exit 1; }

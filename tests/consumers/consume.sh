@@ -42,7 +42,7 @@ with_pkg_config() {
     if [ -e "$work/moved/bin/VELDT20.dll" ]; then
         cp "$work/moved/bin/VELDT20.dll" "$work/pkg_config"
         # All but the module is linked in: the compiler's runtime isn't on the path.
-        before=(-static -Wl,-Bdynamic) behind=(-Wl,-Bstatic)
+        before=(-static "-Wl,-Bdynamic") behind=("-Wl,-Bstatic")
     fi
     # shellcheck disable=SC2046,SC2086  # both give a list of options
     $CXX -std=c++20 ${CXXFLAGS:-} "$here/main.cpp" -o "$work/pkg_config/consumer" \

@@ -117,6 +117,14 @@ verb_fuzz() {
     done
 }
 
+# Deliberately, as the exports: a changed picture is to be looked at.
+verb_figures() {
+    build native docs_figures veldt-replay
+    build/native/tests/docs/docs_figures docs/pictures
+    build/native/tools/veldt-replay --picture docs/pictures/perl-trace.svg examples/traces/perl.trace
+    git diff --stat -- docs/pictures
+}
+
 verb_docs() {
     need doxygen
     doxygen docs/Doxyfile
@@ -156,6 +164,7 @@ usage: ./do VERB
   record-abi     record what the ABI check compares with
   bench          build and run the benchmarks
   fuzz [NAME [SECONDS]]  look for inputs that break the heap, the numbers or the strings
+  figures        draw the committed pictures of the heap anew
   docs           the reference of the exported interface, into build/docs
   format         clang-format every file in place
   tidy [FILE...] clang-tidy on src/

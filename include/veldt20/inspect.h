@@ -114,7 +114,8 @@ struct XHeapDifference {
 VELDT20_API int XHeapCompare(const XHeapMoment& before, const XHeapMoment& after,
                              XHeapDifference* difference);
 
-/// Draws `count` moments side by side as one SVG, with a legend and the figures; each has a
-/// caption. Gives 1 if the writer took everything.
+/// Draws `count` moments as one SVG, with a legend and the figures; each has a caption. Moments of
+/// many pages stand side by side, a bar for each 16 KB; those of few pages one below the other, so
+/// large that every block can be seen with its size. Gives 1 if the writer took everything.
 VELDT20_API int XHeapDraw(const XHeapMoment* const* moments, const char* const* captions, int count,
                           XHeapWriter writer, void* context);

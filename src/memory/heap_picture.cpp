@@ -1,31 +1,29 @@
 // Draws moments of the heap as one SVG: every page a bar, every bar's area its committed memory, so
 // that what compaction gave back can be seen as bars that are gone.
 #include <algorithm>
-#include <array>
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
+#include <numeric>
 
+#include "memory/heap_close_up.h"
 #include "memory/heap_moment.h"
+#include "memory/heap_overview.h"
+#include "memory/picture_output.h"
+
+using namespace veldt::memory;
 
 namespace {
 
-// All lengths are the picture's own units. A bar stands for kBarBytes at most.
-constexpr std::uint32_t kBarBytes = 16384;
-constexpr int kCells = 64;  // a bar's steps, one unit wide each
-constexpr int kBarHeight = 9;
-constexpr int kColumnWidth = kCells + 5;
-constexpr int kColumns = 8;
-constexpr int kPanelWidth = kColumns * kColumnWidth;
 constexpr int kMargin = 24;
-constexpr int kHeaderHeight = 150;
+constexpr int kLegendHeight = 60;
+constexpr int kLegendWidth = 690;
+constexpr int kPanelHeaderHeight = 90;
 constexpr int kGroupTitleHeight = 26;
-constexpr int kRowHeight = kBarHeight + 3;
-constexpr std::uint32_t kMostBars = 1600;  // a group; what is beyond is told in words
 
-enum Tint : std::uint8_t { kTintOverhead, kTintFree, kTintUsed, kTintLocked, kTintLarge, kTints };
-
-constexpr const char* kColours[kTints] = {"#b8c0c8", "#eceff2", "#3b7dd8", "#e0782f", "#3f9e78"};
+/// Panels stand side by side with many small bars each; or, where every group has few bars, one
+/// below the other with bars as wide as a panel.
+constexpr Layout kOverview{false, kColumns, kBarHeight + 3};
+constexpr Layout kCloseUp{true, 1, kCloseUpHeight + 6};
+constexpr std::uint32_t kMostCloseUpBars = 8;  // a group
 
 /// The groups of a panel, in drawing order, with the kind of their pages.
 struct Group {
@@ -36,117 +34,6 @@ constexpr Group kGroups[] = {{2, "Handle pages: blocks here can move"},
                              {0, "Pointer pages: blocks of any size, and handles moved high"},
                              {1, "Small-pointer pages: blocks of one size"},
                              {3, "Large blocks: a region each"}};
-
-/// Gathers text for the writer; remembers once it has refused.
-class Output {
-  public:
-    Output(XHeapWriter writer, void* context) : writer_(writer), context_(context) {}
-
-    __attribute__((format(printf, 2, 3))) void Print(const char* format, ...) {
-        char text[512];
-        va_list arguments;
-        va_start(arguments, format);
-        const int length = std::vsnprintf(text, sizeof text, format, arguments);
-        va_end(arguments);
-        Put(text, std::min<std::size_t>(static_cast<std::size_t>(length), sizeof text - 1));
-    }
-
-    /// Text from outside, which may hold anything.
-    void PutEscaped(const char* text) {
-        for (; *text != '\0'; ++text) {
-            switch (*text) {
-                case '&':
-                    Print("&amp;");
-                    break;
-                case '<':
-                    Print("&lt;");
-                    break;
-                case '>':
-                    Print("&gt;");
-                    break;
-                default:
-                    Put(text, 1);
-            }
-        }
-    }
-
-    bool Flush() {
-        if (used_ > 0 && !refused_) {
-            refused_ = writer_(buffer_, static_cast<std::uint32_t>(used_), context_) == 0;
-        }
-        used_ = 0;
-        return !refused_;
-    }
-
-  private:
-    void Put(const char* text, std::size_t length) {
-        if (used_ + length > sizeof buffer_) {
-            Flush();
-        }
-        std::memcpy(buffer_ + used_, text, length);
-        used_ += length;
-    }
-
-    XHeapWriter writer_;
-    void* context_;
-    bool refused_ = false;
-    std::size_t used_ = 0;
-    char buffer_[16384];
-};
-
-using Cells = std::array<Tint, kCells>;
-
-Tint TintOf(const XHeapBlock& block, int kind) {
-    switch (block.state) {
-        case kXFree:
-            return kTintFree;
-        case kXLocked:
-            return kTintLocked;
-        default:
-            return kind == 3 ? kTintLarge : kTintUsed;
-    }
-}
-
-/// What most of each cell's bytes are.
-Cells CellsOf(const XHeapMoment::Content& content, std::size_t number) {
-    constexpr std::uint32_t kCellBytes = kBarBytes / kCells;
-    const XHeapMoment::Content::Page& page = content.pages[number];
-    std::array<std::array<std::uint32_t, kTints>, kCells> bytes{};
-    for (std::size_t i = page.firstBlock; i < content.EndOfBlocks(number); ++i) {
-        const XHeapBlock& block = content.blocks[i];
-        auto at = static_cast<std::uint32_t>(block.data - page.page.base);
-        const std::uint32_t end = std::min(at + block.size, kBarBytes);
-        while (at < end) {
-            const std::uint32_t cell = at / kCellBytes;
-            const std::uint32_t stop = std::min(end, (cell + 1) * kCellBytes);
-            bytes[cell][TintOf(block, page.page.kind)] += stop - at;
-            at = stop;
-        }
-    }
-    Cells cells{};
-    for (std::size_t i = 0; i < kCells; ++i) {
-        const auto most = std::ranges::max_element(bytes[i]);
-        cells[i] = *most != 0 ? static_cast<Tint>(most - bytes[i].begin()) : kTintOverhead;
-    }
-    return cells;
-}
-
-void DrawStrip(Output& out, int x, int y, int width, Tint tint) {
-    out.Print("<rect x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\" fill=\"%s\"/>\n", x, y, width,
-              kBarHeight, kColours[tint]);
-}
-
-/// One bar, neighbouring cells of one tint drawn together.
-void DrawCells(Output& out, int x, int y, const Cells& cells, int width) {
-    int start = 0;
-    for (int i = 1; i <= width; ++i) {
-        if (i == width ||
-            cells[static_cast<std::size_t>(i)] != cells[static_cast<std::size_t>(start)]) {
-            DrawStrip(out, x + start, y, i - start, cells[static_cast<std::size_t>(start)]);
-            start = i;
-        }
-    }
-}
 
 std::uint32_t BarsOf(const XHeapPage& page) {
     return (page.committed + kBarBytes - 1) / kBarBytes;
@@ -160,12 +47,27 @@ std::uint32_t BarsIn(const XHeapMoment::Content& content, int kind) {
     return bars;
 }
 
-int GroupHeight(std::uint32_t bars) {
+int GroupHeight(const Layout& layout, std::uint32_t bars) {
     if (bars == 0) {
         return 0;
     }
-    const int rows = static_cast<int>((std::min(bars, kMostBars) + kColumns - 1) / kColumns);
-    return kGroupTitleHeight + rows * kRowHeight + (bars > kMostBars ? kGroupTitleHeight : 0);
+    const int drawn = static_cast<int>(std::min(bars, kMostBars));
+    const int rows = (drawn + layout.columns - 1) / layout.columns;
+    return kGroupTitleHeight + rows * layout.rowHeight + (bars > kMostBars ? kGroupTitleHeight : 0);
+}
+
+int PanelHeight(const Layout& layout, const XHeapMoment::Content& content) {
+    int height = kPanelHeaderHeight + kMargin;
+    for (const Group& group : kGroups) {
+        height += GroupHeight(layout, BarsIn(content, group.kind));
+    }
+    return height;
+}
+
+bool HasFewBars(const XHeapMoment::Content& content) {
+    return std::ranges::all_of(kGroups, [&](const Group& group) {
+        return BarsIn(content, group.kind) <= kMostCloseUpBars;
+    });
 }
 
 /// The pages of one kind, in address order.
@@ -180,79 +82,73 @@ std::vector<std::size_t> PagesOf(const XHeapMoment::Content& content, int kind) 
     return numbers;
 }
 
-/// Where the next bar of a group goes, left to right in rows.
-class BarGrid {
-  public:
-    BarGrid(int x, int y) : x_(x), y_(y) {}
-    bool Full() const { return bars_ >= kMostBars; }
-    int X() const { return x_ + static_cast<int>(bars_ % kColumns) * kColumnWidth; }
-    int Y() const { return y_ + static_cast<int>(bars_ / kColumns) * kRowHeight; }
-    void Next() { ++bars_; }
-
-  private:
-    int x_;
-    int y_;
-    std::uint32_t bars_ = 0;
-};
-
-void DrawPage(Output& out, BarGrid& grid, const XHeapMoment::Content& content, std::size_t number) {
-    const XHeapPage& page = content.pages[number].page;
-    constexpr std::uint32_t kCellBytes = kBarBytes / kCells;
-    if (page.kind != 3) {
-        const Cells cells = CellsOf(content, number);
-        DrawCells(out, grid.X(), grid.Y(), cells, static_cast<int>(page.committed / kCellBytes));
-        grid.Next();
-        return;
-    }
-    const Tint tint = TintOf(content.blocks[content.pages[number].firstBlock], 3);
-    for (std::uint32_t left = page.committed; left > 0 && !grid.Full(); grid.Next()) {
-        const std::uint32_t part = std::min(left, kBarBytes);
-        DrawStrip(out, grid.X(), grid.Y(), static_cast<int>(part / kCellBytes), tint);
-        left -= part;
+void PrintAmount(PictureOutput& out, std::uint64_t bytes) {
+    if (bytes < 1000000) {
+        out.Print("%llu bytes", static_cast<unsigned long long>(bytes));
+    } else {
+        out.Print("%.2f MB", static_cast<double>(bytes) / 1e6);
     }
 }
 
-void DrawGroup(Output& out, const XHeapMoment::Content& content, const Group& group, int x, int y) {
+void DrawGroup(PictureOutput& out, const Layout& layout, const XHeapMoment::Content& content,
+               const Group& group, int x, int y) {
     const std::uint32_t bars = BarsIn(content, group.kind);
     const std::uint32_t pages = content.statistics.pages[group.kind];
-    out.Print("<text x=\"%d\" y=\"%d\" class=\"group\">%s (%u page%s, %.2f MB)</text>\n", x,
-              y + kGroupTitleHeight - 8, group.title, pages, pages == 1 ? "" : "s",
-              static_cast<double>(content.statistics.committed[group.kind]) / 1e6);
-    BarGrid grid(x, y + kGroupTitleHeight);
+    out.Print("<text x=\"%d\" y=\"%d\" class=\"group\">%s (%u page%s, ", x,
+              y + kGroupTitleHeight - 8, group.title, pages, pages == 1 ? "" : "s");
+    PrintAmount(out, content.statistics.committed[group.kind]);
+    out.Print(")</text>\n");
+    BarGrid grid(layout, x, y + kGroupTitleHeight);
     for (const std::size_t number : PagesOf(content, group.kind)) {
-        if (grid.Full()) {
-            break;
+        if (layout.closeUp) {
+            grid.Next(DrawCloseUp(out, content, number, grid.X(), grid.Y(), layout.rowHeight));
+        } else if (!grid.Full()) {
+            DrawPage(out, grid, content, number);
         }
-        DrawPage(out, grid, content, number);
     }
     if (bars > kMostBars) {
         out.Print("<text x=\"%d\" y=\"%d\" class=\"figures\">and %u more bars</text>\n", x,
-                  y + GroupHeight(bars) - 8, bars - kMostBars);
+                  y + GroupHeight(layout, bars) - 8, bars - kMostBars);
     }
 }
 
-void DrawFigures(Output& out, const XHeapStatistics& figures, const char* caption, int x) {
-    const double live = static_cast<double>(figures.liveBytes);
-    out.Print("<text x=\"%d\" y=\"78\" class=\"caption\">", x);
+void DrawFigures(PictureOutput& out, const XHeapStatistics& figures, const char* caption, int x,
+                 int y) {
+    out.Print("<text x=\"%d\" y=\"%d\" class=\"caption\">", x, y + 18);
     out.PutEscaped(caption);
-    out.Print("</text>\n<text x=\"%d\" y=\"100\" class=\"figures\">live %.2f MB, footprint %.2f MB",
-              x, live / 1e6, figures.footprint / 1e6);
-    if (live > 0) {
-        out.Print(" (%.2f times the live bytes)", figures.footprint / live);
+    out.Print("</text>\n<text x=\"%d\" y=\"%d\" class=\"figures\">live ", x, y + 40);
+    PrintAmount(out, figures.liveBytes);
+    out.Print(", footprint ");
+    PrintAmount(out, figures.footprint);
+    if (figures.liveBytes > 0) {
+        out.Print(" (%.2f times the live bytes)",
+                  figures.footprint / static_cast<double>(figures.liveBytes));
     }
     std::uint32_t blocks = 0;
     for (const XHeapFamilyFigures& family : figures.families) {
         blocks += family.blocks;
     }
     out.Print(
-        "</text>\n<text x=\"%d\" y=\"118\" class=\"figures\">%u blocks, %u of them pinned"
-        "</text>\n<text x=\"%d\" y=\"136\" class=\"figures\">free inside pages %.2f MB, largest "
-        "free block %u bytes</text>\n",
-        x, blocks, figures.pinned, x, static_cast<double>(figures.freeBytes) / 1e6,
-        figures.largestFree);
+        "</text>\n<text x=\"%d\" y=\"%d\" class=\"figures\">%u blocks, %u of them pinned"
+        "</text>\n<text x=\"%d\" y=\"%d\" class=\"figures\">free inside pages ",
+        x, y + 58, blocks, figures.pinned, x, y + 76);
+    PrintAmount(out, figures.freeBytes);
+    out.Print(", largest free block %u bytes</text>\n", figures.largestFree);
 }
 
-void DrawLegend(Output& out) {
+void DrawPanel(PictureOutput& out, const Layout& layout, const XHeapMoment::Content& content,
+               const char* caption, int x, int y) {
+    DrawFigures(out, content.statistics, caption, x, y);
+    y += kPanelHeaderHeight;
+    for (const Group& group : kGroups) {
+        if (const int height = GroupHeight(layout, BarsIn(content, group.kind)); height > 0) {
+            DrawGroup(out, layout, content, group, x, y);
+            y += height;
+        }
+    }
+}
+
+void DrawLegend(PictureOutput& out, const Layout& layout) {
     constexpr struct {
         Tint tint;
         const char* meaning;
@@ -263,18 +159,17 @@ void DrawLegend(Output& out) {
                  {kTintOverhead, "the heap's own records"}};
     int x = kMargin;
     for (const auto& row : kRows) {
-        DrawStrip(out, x, 36, 18, row.tint);
+        out.Strip(x, 36, 18, kBarHeight, row.tint);
         out.Print("<text x=\"%d\" y=\"45\" class=\"figures\">%s</text>\n", x + 24, row.meaning);
         x += 48 + static_cast<int>(std::strlen(row.meaning)) * 7;
     }
     out.Print(
         "<text x=\"%d\" y=\"24\" class=\"figures\">Each bar is 16 KB of memory, its addresses "
-        "from left to right.</text>\n",
-        kMargin);
+        "from left to right.%s</text>\n",
+        kMargin, layout.closeUp ? " Numbers are bytes asked for." : "");
 }
 
-void DrawFrame(Output& out, int panels, int height) {
-    const int width = 2 * kMargin + std::max(panels * (kPanelWidth + kMargin) - kMargin, 640);
+void DrawFrame(PictureOutput& out, int width, int height) {
     out.Print(
         "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" "
         "viewBox=\"0 0 %d %d\">\n",
@@ -282,7 +177,32 @@ void DrawFrame(Output& out, int panels, int height) {
     out.Print(
         "<style>text{font-family:sans-serif;fill:#26303a}.caption{font-size:18px;"
         "font-weight:bold}.group{font-size:13px;font-weight:bold}.figures{font-size:13px}"
-        "</style>\n<rect width=\"100%%\" height=\"100%%\" fill=\"#ffffff\"/>\n");
+        ".size{font-size:12px;text-anchor:middle;fill:#ffffff}</style>\n"
+        "<rect width=\"100%%\" height=\"100%%\" fill=\"#ffffff\"/>\n");
+}
+
+using Contents = std::vector<const XHeapMoment::Content*>;
+
+void DrawPicture(PictureOutput& out, const Contents& contents, const char* const* captions) {
+    const bool few = std::ranges::all_of(contents, [](auto* each) { return HasFewBars(*each); });
+    const Layout& layout = few ? kCloseUp : kOverview;
+    std::vector<int> heights;
+    for (const auto* content : contents) {
+        heights.push_back(PanelHeight(layout, *content));
+    }
+    const int panels = static_cast<int>(contents.size());
+    const int highest = contents.empty() ? 0 : *std::ranges::max_element(heights);
+    const int height = few ? std::reduce(heights.begin(), heights.end()) : highest;
+    const int width = few ? kPanelWidth : panels * (kPanelWidth + kMargin) - kMargin;
+    DrawFrame(out, 2 * kMargin + std::max(width, kLegendWidth), kLegendHeight + height);
+    DrawLegend(out, layout);
+    int x = kMargin;
+    int y = kLegendHeight;
+    for (std::size_t i = 0; i < contents.size(); ++i) {
+        DrawPanel(out, layout, *contents[i], captions[i], x, y);
+        (few ? y : x) += few ? heights[i] : kPanelWidth + kMargin;
+    }
+    out.Print("</svg>\n");
 }
 
 }  // namespace
@@ -290,36 +210,16 @@ void DrawFrame(Output& out, int panels, int height) {
 int XHeapDraw(const XHeapMoment* const* moments, const char* const* captions, int count,
               XHeapWriter writer, void* context) {
     static const XHeapMoment::Content kNothing{};
-    const auto content = [&](int i) -> const XHeapMoment::Content& {
-        return moments[i]->GetContent() != nullptr ? *moments[i]->GetContent() : kNothing;
-    };
-    int height = kHeaderHeight;
-    for (int i = 0; i < count; ++i) {
-        int panel = kHeaderHeight + kMargin;
-        for (const Group& group : kGroups) {
-            panel += GroupHeight(BarsIn(content(i), group.kind));
-        }
-        height = std::max(height, panel);
-    }
-    Output out(writer, context);
+    PictureOutput out(writer, context);
     try {
-        DrawFrame(out, count, height);
-        DrawLegend(out);
+        Contents contents;
         for (int i = 0; i < count; ++i) {
-            const int x = kMargin + i * (kPanelWidth + kMargin);
-            int y = kHeaderHeight;
-            DrawFigures(out, content(i).statistics, captions[i], x);
-            for (const Group& group : kGroups) {
-                if (const int groupHeight = GroupHeight(BarsIn(content(i), group.kind));
-                    groupHeight > 0) {
-                    DrawGroup(out, content(i), group, x, y);
-                    y += groupHeight;
-                }
-            }
+            const XHeapMoment::Content* content = moments[i]->GetContent();
+            contents.push_back(content != nullptr ? content : &kNothing);
         }
+        DrawPicture(out, contents, captions);
     } catch (const std::bad_alloc&) {
         return 0;
     }
-    out.Print("</svg>\n");
     return out.Flush() ? 1 : 0;
 }

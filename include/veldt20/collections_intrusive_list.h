@@ -25,7 +25,7 @@
 class VELDT20_API XIntrusiveSingleList {
   public:
     /// An empty list whose elements have their next link at byte `nextOffset`.
-    explicit XIntrusiveSingleList(unsigned int nextOffset);
+    explicit XIntrusiveSingleList(unsigned int nextOffset) noexcept;
     /// RemoveAll: the elements live on.
     ~XIntrusiveSingleList();
     /// Shallow, as the assignment.
@@ -35,38 +35,38 @@ class VELDT20_API XIntrusiveSingleList {
     XIntrusiveSingleList& operator=(const XIntrusiveSingleList&) = default;
     /// Does what the constructor does, for zeroed or raw memory that no constructor ran on. A chain
     /// that the list has is forgotten.
-    void Construct(unsigned int nextOffset);
+    void Construct(unsigned int nextOffset) noexcept;
 
     /// 1 or 0.
-    int IsEmpty() const;
-    int GetCount() const;
+    int IsEmpty() const noexcept;
+    int GetCount() const noexcept;
     /// Null on an empty list.
-    void* GetHead() const;
-    __XPOSITION* GetHeadPosition() const;
+    void* GetHead() const noexcept;
+    __XPOSITION* GetHeadPosition() const noexcept;
     /// The element at `position`, which moves on to the next element, null behind the last. The
     /// element just passed may be removed before the walk goes on.
-    void* GetNext(__XPOSITION*& position) const;
-    void* GetAt(__XPOSITION* position) const;
+    void* GetNext(__XPOSITION*& position) const noexcept;
+    void* GetAt(__XPOSITION* position) const noexcept;
     /// The position of `element`, which is `element` itself: no walk, and no test of whether it is
     /// on the list. `after` isn't looked at.
-    __XPOSITION* Find(void* element, __XPOSITION* after) const;
+    __XPOSITION* Find(void* element, __XPOSITION* after) const noexcept;
     /// The element `index` steps from the head, null from the count on. `index` must not be
     /// negative.
-    __XPOSITION* FindIndex(int index) const;
+    __XPOSITION* FindIndex(int index) const noexcept;
 
-    __XPOSITION* AddHead(void* element);
+    __XPOSITION* AddHead(void* element) noexcept;
     /// Takes the head away and clears its link. The list must not be empty.
-    void* RemoveHead();
+    void* RemoveHead() noexcept;
     /// Puts `element` behind `position`; at the head if that is null.
-    __XPOSITION* InsertAfter(__XPOSITION* position, void* element);
+    __XPOSITION* InsertAfter(__XPOSITION* position, void* element) noexcept;
     /// Takes the element at `position` away, clears its link and gives it.
-    void* RemoveAt(__XPOSITION* position);
+    void* RemoveAt(__XPOSITION* position) noexcept;
     /// Forgets all elements. Their links stay as they are.
-    void RemoveAll();
+    void RemoveAll() noexcept;
 
   protected:
     /// Where the element's next link stands.
-    void** GetNextPtr(void* element) const;
+    void** GetNextPtr(void* element) const noexcept;
 
   private:
     void* head_;
@@ -83,7 +83,7 @@ class VELDT20_API XIntrusiveSingleList {
 class VELDT20_API XIntrusiveDoubleList {
   public:
     /// An empty list whose elements have their links at the byte offsets given.
-    XIntrusiveDoubleList(unsigned int nextOffset, unsigned int prevOffset);
+    XIntrusiveDoubleList(unsigned int nextOffset, unsigned int prevOffset) noexcept;
     /// RemoveAll: the elements live on.
     ~XIntrusiveDoubleList();
     /// Shallow, as the assignment.
@@ -93,49 +93,49 @@ class VELDT20_API XIntrusiveDoubleList {
     XIntrusiveDoubleList& operator=(const XIntrusiveDoubleList&) = default;
 
     /// 1 or 0.
-    int IsEmpty() const;
-    int GetCount() const;
+    int IsEmpty() const noexcept;
+    int GetCount() const noexcept;
     /// Each of these gives null on an empty list.
-    void* GetHead() const;
-    void* GetTail() const;
-    __XPOSITION* GetHeadPosition() const;
-    __XPOSITION* GetTailPosition() const;
+    void* GetHead() const noexcept;
+    void* GetTail() const noexcept;
+    __XPOSITION* GetHeadPosition() const noexcept;
+    __XPOSITION* GetTailPosition() const noexcept;
     /// The element at `position`, which moves on to the next element, null behind the last. The
     /// element just passed may be removed before the walk goes on.
-    void* GetNext(__XPOSITION*& position) const;
+    void* GetNext(__XPOSITION*& position) const noexcept;
     /// The same towards the head.
-    void* GetPrev(__XPOSITION*& position) const;
-    void* GetAt(__XPOSITION* position) const;
+    void* GetPrev(__XPOSITION*& position) const noexcept;
+    void* GetAt(__XPOSITION* position) const noexcept;
     /// The position of `element`, which is `element` itself: no walk, and no test of whether it is
     /// on the list. `after` isn't looked at.
-    __XPOSITION* Find(void* element, __XPOSITION* after) const;
+    __XPOSITION* Find(void* element, __XPOSITION* after) const noexcept;
     /// The element `index` steps from the head, null from the count on. `index` must not be
     /// negative.
-    __XPOSITION* FindIndex(int index) const;
+    __XPOSITION* FindIndex(int index) const noexcept;
 
-    __XPOSITION* AddHead(void* element);
-    __XPOSITION* AddTail(void* element);
+    __XPOSITION* AddHead(void* element) noexcept;
+    __XPOSITION* AddTail(void* element) noexcept;
     /// Each takes an end away and clears its links. The list must not be empty.
-    void* RemoveHead();
-    void* RemoveTail();
+    void* RemoveHead() noexcept;
+    void* RemoveTail() noexcept;
     /// Puts `element` in front of `position`; at the head if that is null.
-    __XPOSITION* InsertBefore(__XPOSITION* position, void* element);
+    __XPOSITION* InsertBefore(__XPOSITION* position, void* element) noexcept;
     /// Puts `element` behind `position`; at the tail if that is null, the opposite end from
     /// XIntrusiveSingleList's.
-    __XPOSITION* InsertAfter(__XPOSITION* position, void* element);
+    __XPOSITION* InsertAfter(__XPOSITION* position, void* element) noexcept;
     /// Takes the element at `position` away, clears its links and gives it.
-    void* RemoveAt(__XPOSITION* position);
+    void* RemoveAt(__XPOSITION* position) noexcept;
     /// Forgets all elements. Their links stay as they are.
-    void RemoveAll();
+    void RemoveAll() noexcept;
 
   protected:
     /// Where the element's links stand.
-    void** GetNextPtr(void* element) const;
-    void** GetPrevPtr(void* element) const;
+    void** GetNextPtr(void* element) const noexcept;
+    void** GetPrevPtr(void* element) const noexcept;
 
   private:
     /// The end of every removal: clears the links of what the chain no longer reaches.
-    void* Unlinked(void* element);
+    void* Unlinked(void* element) noexcept;
 
     void* head_;
     void* tail_;

@@ -14,8 +14,8 @@ class VELDT20_API XLongPoint {
 
     /// Leaves the coordinates unset.
     XLongPoint() = default;
-    XLongPoint(std::int32_t horizontal, std::int32_t vertical);
-    XLongPoint(const XNPoint& point);
+    XLongPoint(std::int32_t horizontal, std::int32_t vertical) noexcept;
+    XLongPoint(const XNPoint& point) noexcept;
 };
 
 /// A rectangle of 32-bit whole coordinates.
@@ -29,32 +29,32 @@ class VELDT20_API XLongRect {
     /// Leaves the coordinates unset.
     XLongRect() = default;
     XLongRect(std::int32_t topEdge, std::int32_t leftEdge, std::int32_t bottomEdge,
-              std::int32_t rightEdge);
-    XLongRect(const XNRect& rect);
+              std::int32_t rightEdge) noexcept;
+    XLongRect(const XNRect& rect) noexcept;
     void Set(std::int32_t topEdge, std::int32_t leftEdge, std::int32_t bottomEdge,
-             std::int32_t rightEdge);
+             std::int32_t rightEdge) noexcept;
 
-    XLongPoint TopLeft() const;
-    XLongPoint BotRight() const;
+    XLongPoint TopLeft() const noexcept;
+    XLongPoint BotRight() const noexcept;
     /// The low 16 bits of each coordinate.
-    void ToNativeRect(XNRect& rect) const;
+    void ToNativeRect(XNRect& rect) const noexcept;
 
     /// Moves both corners.
-    XLongRect& operator+=(const XLongPoint& distance);
-    XLongRect& operator-=(const XLongPoint& distance);
+    XLongRect& operator+=(const XLongPoint& distance) noexcept;
+    XLongRect& operator-=(const XLongPoint& distance) noexcept;
     /// The part that both cover, or all zero where they neither overlap nor touch. Rectangles that
     /// touch leave their common edge, valid and empty.
-    XLongRect& operator&=(const XLongRect& other);
+    XLongRect& operator&=(const XLongRect& other) noexcept;
     /// Intersects in place. Gives 1 with the low 16 bits of the part in `common`; 0 if there is
     /// none, and then this rectangle is all zero and `common` as it was.
-    int SectRect(const XLongRect& other, XNRect& common);
+    int SectRect(const XLongRect& other, XNRect& common) noexcept;
 
     /// 1 without area, else 0.
-    int IsEmpty() const;
+    int IsEmpty() const noexcept;
     /// 1 unless an edge lies on the wrong side of the opposite one, else 0.
-    int IsValid() const;
+    int IsValid() const noexcept;
 };
 
 /// 1 where all four coordinates are equal, else 0; != the other way round.
-VELDT20_API int operator==(const XLongRect& a, const XLongRect& b);
-VELDT20_API int operator!=(const XLongRect& a, const XLongRect& b);
+VELDT20_API int operator==(const XLongRect& a, const XLongRect& b) noexcept;
+VELDT20_API int operator!=(const XLongRect& a, const XLongRect& b) noexcept;

@@ -27,17 +27,17 @@ struct XNRect {
 static_assert(sizeof(XNPoint) == 4 && sizeof(XNRect) == 2 * sizeof(XNPoint));
 
 /// A corner inside `rect`: writing to it changes the rectangle, and it lives as long as that.
-VELDT20_API XNPoint& TopLeft(XNRect& rect);
-VELDT20_API const XNPoint& TopLeft(const XNRect& rect);
-VELDT20_API XNPoint& BotRight(XNRect& rect);
-VELDT20_API const XNPoint& BotRight(const XNRect& rect);
+VELDT20_API XNPoint& TopLeft(XNRect& rect) noexcept;
+VELDT20_API const XNPoint& TopLeft(const XNRect& rect) noexcept;
+VELDT20_API XNPoint& BotRight(XNRect& rect) noexcept;
+VELDT20_API const XNPoint& BotRight(const XNRect& rect) noexcept;
 
 /// To the native records: the low 16 bits of each field, by name.
-VELDT20_API void RECTToXNRect(const tagRECT& from, XNRect& to);
-VELDT20_API void POINTToXNPoint(const tagPOINT& from, XNPoint& to);
-VELDT20_API void SRectToXNRect(const _SMALL_RECT& from, XNRect& to);
+VELDT20_API void RECTToXNRect(const tagRECT& from, XNRect& to) noexcept;
+VELDT20_API void POINTToXNPoint(const tagPOINT& from, XNPoint& to) noexcept;
+VELDT20_API void SRectToXNRect(const _SMALL_RECT& from, XNRect& to) noexcept;
 /// From 16 bits on: each field with its sign, by name.
-VELDT20_API void XNRectToRECT(const XNRect& from, tagRECT& to);
-VELDT20_API void XNPointToPOINT(const XNPoint& from, tagPOINT& to);
-VELDT20_API void XNRectToSRect(const XNRect& from, _SMALL_RECT& to);
-VELDT20_API void SRectToRECT(const _SMALL_RECT& from, tagRECT& to);
+VELDT20_API void XNRectToRECT(const XNRect& from, tagRECT& to) noexcept;
+VELDT20_API void XNPointToPOINT(const XNPoint& from, tagPOINT& to) noexcept;
+VELDT20_API void XNRectToSRect(const XNRect& from, _SMALL_RECT& to) noexcept;
+VELDT20_API void SRectToRECT(const _SMALL_RECT& from, tagRECT& to) noexcept;

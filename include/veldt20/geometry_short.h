@@ -14,10 +14,10 @@ struct VELDT20_API XPoint {
 
     /// Leaves the coordinates unset.
     XPoint() = default;
-    XPoint(std::int16_t horizontal, std::int16_t vertical);
-    XPoint(const XNPoint& point);
+    XPoint(std::int16_t horizontal, std::int16_t vertical) noexcept;
+    XPoint(const XNPoint& point) noexcept;
     /// Keeps the low 16 bits of each coordinate.
-    XPoint(tagPOINT point);
+    XPoint(tagPOINT point) noexcept;
 };
 
 /// A rectangle of such coordinates, in the native record's form.
@@ -30,28 +30,28 @@ struct VELDT20_API XRect {
     /// Leaves the coordinates unset.
     XRect() = default;
     XRect(std::int16_t topEdge, std::int16_t leftEdge, std::int16_t bottomEdge,
-          std::int16_t rightEdge);
-    XRect(const XNRect& rect);
+          std::int16_t rightEdge) noexcept;
+    XRect(const XNRect& rect) noexcept;
     /// Keeps the low 16 bits of each coordinate.
-    XRect(const tagRECT& rect);
+    XRect(const tagRECT& rect) noexcept;
     void Set(std::int16_t topEdge, std::int16_t leftEdge, std::int16_t bottomEdge,
-             std::int16_t rightEdge);
+             std::int16_t rightEdge) noexcept;
 
-    XPoint TopLeft() const;
-    XPoint BotRight() const;
+    XPoint TopLeft() const noexcept;
+    XPoint BotRight() const noexcept;
 
     /// Moves both corners.
-    XRect& operator+=(const XPoint& distance);
-    XRect& operator-=(const XPoint& distance);
+    XRect& operator+=(const XPoint& distance) noexcept;
+    XRect& operator-=(const XPoint& distance) noexcept;
     /// The part that both cover, or all zero where they neither overlap nor touch. Rectangles that
     /// touch leave their common edge, valid and empty.
-    XRect& operator&=(const XRect& other);
+    XRect& operator&=(const XRect& other) noexcept;
     /// Intersects in place. Gives 1 with the part in `common` too; 0 if there is none, and then
     /// this rectangle is all zero and `common` as it was.
-    int SectRect(const XRect& other, XNRect& common);
+    int SectRect(const XRect& other, XNRect& common) noexcept;
 
     /// 1 without area, else 0.
-    int IsEmpty() const;
+    int IsEmpty() const noexcept;
     /// 1 unless an edge lies on the wrong side of the opposite one, else 0.
-    int IsValid() const;
+    int IsValid() const noexcept;
 };

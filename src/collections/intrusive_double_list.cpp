@@ -8,62 +8,63 @@ using veldt::collections::PositionOf;
 using veldt::collections::ReadLink;
 using veldt::collections::WriteLink;
 
-XIntrusiveDoubleList::XIntrusiveDoubleList(unsigned int nextOffset, unsigned int prevOffset)
+XIntrusiveDoubleList::XIntrusiveDoubleList(unsigned int nextOffset,
+                                           unsigned int prevOffset) noexcept
     : head_(nullptr), tail_(nullptr), nextOffset_(nextOffset), prevOffset_(prevOffset), count_(0) {}
 
-XIntrusiveDoubleList::~XIntrusiveDoubleList() {
+XIntrusiveDoubleList::~XIntrusiveDoubleList() noexcept {
     RemoveAll();
 }
 
-int XIntrusiveDoubleList::IsEmpty() const {
+int XIntrusiveDoubleList::IsEmpty() const noexcept {
     return head_ == nullptr;
 }
 
-int XIntrusiveDoubleList::GetCount() const {
+int XIntrusiveDoubleList::GetCount() const noexcept {
     return count_;
 }
 
-void* XIntrusiveDoubleList::GetHead() const {
+void* XIntrusiveDoubleList::GetHead() const noexcept {
     return head_;
 }
 
-void* XIntrusiveDoubleList::GetTail() const {
+void* XIntrusiveDoubleList::GetTail() const noexcept {
     return tail_;
 }
 
-__XPOSITION* XIntrusiveDoubleList::GetHeadPosition() const {
+__XPOSITION* XIntrusiveDoubleList::GetHeadPosition() const noexcept {
     return PositionOf(head_);
 }
 
-__XPOSITION* XIntrusiveDoubleList::GetTailPosition() const {
+__XPOSITION* XIntrusiveDoubleList::GetTailPosition() const noexcept {
     return PositionOf(tail_);
 }
 
-void* XIntrusiveDoubleList::GetNext(__XPOSITION*& position) const {
+void* XIntrusiveDoubleList::GetNext(__XPOSITION*& position) const noexcept {
     void* element = position;
     position = PositionOf(ReadLink(GetNextPtr(element)));
     return element;
 }
 
-void* XIntrusiveDoubleList::GetPrev(__XPOSITION*& position) const {
+void* XIntrusiveDoubleList::GetPrev(__XPOSITION*& position) const noexcept {
     void* element = position;
     position = PositionOf(ReadLink(GetPrevPtr(element)));
     return element;
 }
 
-void* XIntrusiveDoubleList::GetAt(__XPOSITION* position) const {
+void* XIntrusiveDoubleList::GetAt(__XPOSITION* position) const noexcept {
     return position;
 }
 
-__XPOSITION* XIntrusiveDoubleList::Find(void* element, __XPOSITION*) const {
+__XPOSITION* XIntrusiveDoubleList::Find(void* element, __XPOSITION*) const noexcept {
     return PositionOf(element);
 }
 
-__XPOSITION* XIntrusiveDoubleList::FindIndex(int index) const {
+__XPOSITION* XIntrusiveDoubleList::FindIndex(int index) const noexcept {
     return index >= count_ ? nullptr : PositionOf(Follow(head_, nextOffset_, index));
 }
 
-__XPOSITION* XIntrusiveDoubleList::AddHead(void* element) {
+__XPOSITION* XIntrusiveDoubleList::AddHead(void* element) noexcept {
     if (head_ == nullptr) {
         tail_ = element;
     } else {
@@ -75,7 +76,7 @@ __XPOSITION* XIntrusiveDoubleList::AddHead(void* element) {
     return PositionOf(element);
 }
 
-__XPOSITION* XIntrusiveDoubleList::AddTail(void* element) {
+__XPOSITION* XIntrusiveDoubleList::AddTail(void* element) noexcept {
     if (tail_ == nullptr) {
         head_ = element;
     } else {
@@ -87,7 +88,7 @@ __XPOSITION* XIntrusiveDoubleList::AddTail(void* element) {
     return PositionOf(element);
 }
 
-void* XIntrusiveDoubleList::RemoveHead() {
+void* XIntrusiveDoubleList::RemoveHead() noexcept {
     void* element = head_;
     head_ = ReadLink(GetNextPtr(element));
     if (head_ == nullptr) {
@@ -98,7 +99,7 @@ void* XIntrusiveDoubleList::RemoveHead() {
     return Unlinked(element);
 }
 
-void* XIntrusiveDoubleList::RemoveTail() {
+void* XIntrusiveDoubleList::RemoveTail() noexcept {
     void* element = tail_;
     tail_ = ReadLink(GetPrevPtr(element));
     if (tail_ == nullptr) {
@@ -109,7 +110,7 @@ void* XIntrusiveDoubleList::RemoveTail() {
     return Unlinked(element);
 }
 
-__XPOSITION* XIntrusiveDoubleList::InsertBefore(__XPOSITION* position, void* element) {
+__XPOSITION* XIntrusiveDoubleList::InsertBefore(__XPOSITION* position, void* element) noexcept {
     if (position == nullptr) {
         return AddHead(element);
     }
@@ -126,7 +127,7 @@ __XPOSITION* XIntrusiveDoubleList::InsertBefore(__XPOSITION* position, void* ele
     return PositionOf(element);
 }
 
-__XPOSITION* XIntrusiveDoubleList::InsertAfter(__XPOSITION* position, void* element) {
+__XPOSITION* XIntrusiveDoubleList::InsertAfter(__XPOSITION* position, void* element) noexcept {
     if (position == nullptr) {
         return AddTail(element);
     }
@@ -144,7 +145,7 @@ __XPOSITION* XIntrusiveDoubleList::InsertAfter(__XPOSITION* position, void* elem
 }
 
 // The ends are told by head and tail, not by null links: at an end the outer link isn't read.
-void* XIntrusiveDoubleList::RemoveAt(__XPOSITION* position) {
+void* XIntrusiveDoubleList::RemoveAt(__XPOSITION* position) noexcept {
     void* next = ReadLink(GetNextPtr(position));
     void* prev = ReadLink(GetPrevPtr(position));
     if (position == head_) {
@@ -160,23 +161,23 @@ void* XIntrusiveDoubleList::RemoveAt(__XPOSITION* position) {
     return Unlinked(position);
 }
 
-void* XIntrusiveDoubleList::Unlinked(void* element) {
+void* XIntrusiveDoubleList::Unlinked(void* element) noexcept {
     WriteLink(GetNextPtr(element), nullptr);
     WriteLink(GetPrevPtr(element), nullptr);
     --count_;
     return element;
 }
 
-void XIntrusiveDoubleList::RemoveAll() {
+void XIntrusiveDoubleList::RemoveAll() noexcept {
     head_ = nullptr;
     tail_ = nullptr;
     count_ = 0;
 }
 
-void** XIntrusiveDoubleList::GetNextPtr(void* element) const {
+void** XIntrusiveDoubleList::GetNextPtr(void* element) const noexcept {
     return LinkAt(element, nextOffset_);
 }
 
-void** XIntrusiveDoubleList::GetPrevPtr(void* element) const {
+void** XIntrusiveDoubleList::GetPrevPtr(void* element) const noexcept {
     return LinkAt(element, prevOffset_);
 }

@@ -8,66 +8,66 @@ using veldt::collections::PositionOf;
 using veldt::collections::ReadLink;
 using veldt::collections::WriteLink;
 
-XIntrusiveSingleList::XIntrusiveSingleList(unsigned int nextOffset) {
+XIntrusiveSingleList::XIntrusiveSingleList(unsigned int nextOffset) noexcept {
     Construct(nextOffset);
 }
 
-XIntrusiveSingleList::~XIntrusiveSingleList() {
+XIntrusiveSingleList::~XIntrusiveSingleList() noexcept {
     RemoveAll();
 }
 
-void XIntrusiveSingleList::Construct(unsigned int nextOffset) {
+void XIntrusiveSingleList::Construct(unsigned int nextOffset) noexcept {
     head_ = nullptr;
     nextOffset_ = nextOffset;
     count_ = 0;
 }
 
-int XIntrusiveSingleList::IsEmpty() const {
+int XIntrusiveSingleList::IsEmpty() const noexcept {
     return head_ == nullptr;
 }
 
-int XIntrusiveSingleList::GetCount() const {
+int XIntrusiveSingleList::GetCount() const noexcept {
     return count_;
 }
 
-void* XIntrusiveSingleList::GetHead() const {
+void* XIntrusiveSingleList::GetHead() const noexcept {
     return head_;
 }
 
-__XPOSITION* XIntrusiveSingleList::GetHeadPosition() const {
+__XPOSITION* XIntrusiveSingleList::GetHeadPosition() const noexcept {
     return PositionOf(head_);
 }
 
-void* XIntrusiveSingleList::GetNext(__XPOSITION*& position) const {
+void* XIntrusiveSingleList::GetNext(__XPOSITION*& position) const noexcept {
     void* element = position;
     position = PositionOf(ReadLink(GetNextPtr(element)));
     return element;
 }
 
-void* XIntrusiveSingleList::GetAt(__XPOSITION* position) const {
+void* XIntrusiveSingleList::GetAt(__XPOSITION* position) const noexcept {
     return position;
 }
 
-__XPOSITION* XIntrusiveSingleList::Find(void* element, __XPOSITION*) const {
+__XPOSITION* XIntrusiveSingleList::Find(void* element, __XPOSITION*) const noexcept {
     return PositionOf(element);
 }
 
-__XPOSITION* XIntrusiveSingleList::FindIndex(int index) const {
+__XPOSITION* XIntrusiveSingleList::FindIndex(int index) const noexcept {
     return index >= count_ ? nullptr : PositionOf(Follow(head_, nextOffset_, index));
 }
 
-__XPOSITION* XIntrusiveSingleList::AddHead(void* element) {
+__XPOSITION* XIntrusiveSingleList::AddHead(void* element) noexcept {
     WriteLink(GetNextPtr(element), head_);
     head_ = element;
     ++count_;
     return PositionOf(element);
 }
 
-void* XIntrusiveSingleList::RemoveHead() {
+void* XIntrusiveSingleList::RemoveHead() noexcept {
     return RemoveAt(PositionOf(head_));
 }
 
-__XPOSITION* XIntrusiveSingleList::InsertAfter(__XPOSITION* position, void* element) {
+__XPOSITION* XIntrusiveSingleList::InsertAfter(__XPOSITION* position, void* element) noexcept {
     if (position == nullptr) {
         return AddHead(element);
     }
@@ -77,7 +77,7 @@ __XPOSITION* XIntrusiveSingleList::InsertAfter(__XPOSITION* position, void* elem
     return PositionOf(element);
 }
 
-void* XIntrusiveSingleList::RemoveAt(__XPOSITION* position) {
+void* XIntrusiveSingleList::RemoveAt(__XPOSITION* position) noexcept {
     void* next = ReadLink(GetNextPtr(position));
     if (position == head_) {
         head_ = next;
@@ -93,11 +93,11 @@ void* XIntrusiveSingleList::RemoveAt(__XPOSITION* position) {
     return position;
 }
 
-void XIntrusiveSingleList::RemoveAll() {
+void XIntrusiveSingleList::RemoveAll() noexcept {
     head_ = nullptr;
     count_ = 0;
 }
 
-void** XIntrusiveSingleList::GetNextPtr(void* element) const {
+void** XIntrusiveSingleList::GetNextPtr(void* element) const noexcept {
     return LinkAt(element, nextOffset_);
 }

@@ -28,7 +28,7 @@ int TestMagnitude(std::int32_t x, std::int32_t& exponent) {
 
 using namespace veldt::numerics;
 
-int XFixTestForPowerOf2(std::int32_t v, std::int32_t& exponent) {
+int XFixTestForPowerOf2(std::int32_t v, std::int32_t& exponent) noexcept {
     const auto bits = static_cast<std::uint32_t>(v);
     if (!std::has_single_bit(bits)) {
         return 0;
@@ -37,7 +37,7 @@ int XFixTestForPowerOf2(std::int32_t v, std::int32_t& exponent) {
     return 1;
 }
 
-std::int32_t XFixMultiply(std::int32_t a, std::int32_t b) {
+std::int32_t XFixMultiply(std::int32_t a, std::int32_t b) noexcept {
     if (a == 0 || b == 0) {
         return 0;
     }
@@ -63,7 +63,7 @@ std::int32_t XFixMultiply(std::int32_t a, std::int32_t b) {
     return FixMul(a, b);
 }
 
-std::int32_t XFixDivide(std::int32_t a, std::int32_t b) {
+std::int32_t XFixDivide(std::int32_t a, std::int32_t b) noexcept {
     if (a == 0) {
         return 0;
     }

@@ -11,9 +11,9 @@ need_for() {
         native) packages+=(abigail-tools gdb valgrind) ;;
         asan) packages+=(valgrind) ;;
         i386) packages+=(g++-multilib gdb) ;;
-        bench-i386) packages+=(g++-multilib) ;;
         windows) packages+=(g++-mingw-w64-i686-posix) ;;
-        bench) packages+=(libbenchmark-dev) ;;
+        bench) packages+=(libmimalloc-dev libjemalloc-dev libgoogle-perftools-dev libboost-dev) ;;
+        bench-i386) packages+=(g++-multilib libboost-dev) ;;
         fuzz) packages+=(clang libclang-rt-14-dev) ;;
     esac
     need "${packages[@]}"
@@ -50,6 +50,7 @@ verb_setup() {
     need_for i386
     need_for windows
     need_for bench
+    need_for bench-i386
     need clang-format clang-tidy shellcheck doxygen
     scripts/wine-root
 }
@@ -97,11 +98,10 @@ verb_record-abi() {
 }
 
 verb_bench() {
-    build bench
-    local program
-    for program in build/bench/bench/bench_*; do
-        [ -x "$program" ] && "$program" "$@"
-    done
+    build bench veldt-bench
+    build bench-i386 veldt-bench
+    build/bench/bench/veldt-bench \
+        --narrow build/bench-i386/bench/veldt-bench --keep . "$@"
 }
 
 # fuzz [NAME [SECONDS]]: what breaks one is left in build/fuzz as crash-*, to be given to it again.
@@ -162,7 +162,8 @@ usage: ./do VERB
   test-windows   build VELDT20.dll and run all tests under Wine
   exports        write the committed lists of exported symbols anew
   record-abi     record what the ABI check compares with
-  bench          build and run the benchmarks
+  bench [NAME...] measure this library beside others, all of it or the rows with such a NAME;
+                 a full run is kept in docs/benchmarks.md (--quick: once, and nothing is kept)
   fuzz [NAME [SECONDS]]  look for inputs that break the heap, the numbers or the strings
   figures        draw the committed pictures of the heap anew
   docs           the reference of the exported interface, into build/docs

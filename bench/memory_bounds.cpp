@@ -17,9 +17,13 @@
 #include <vector>
 
 #include "platform/posix/faults.h"
+#include "rows/resident.h"
+#include "rows/ways.h"
+#include "suite/work.h"
 
 namespace {
 
+using namespace veldt::bench;
 using Clock = std::chrono::steady_clock;
 
 int missed = 0;
@@ -50,10 +54,6 @@ double Ratio(const std::function<void()>& ours, const std::function<void()>& the
         ratios.push_back(a / Seconds(theirs));
     }
     return Median(ratios);
-}
-
-void Touch(void* p) {
-    asm volatile("" : : "r"(p) : "memory");
 }
 
 void MeasureSmallPair() {
@@ -97,28 +97,6 @@ void MeasureLocks() {
     Report("lock and unlock of a handle, over std::recursive_mutex", Ratio(ours, theirs, 15), 3.0);
     XDisposeHandle(h);
 }
-
-/// Ways to hold a block, so that one sequence can be run on each.
-struct Pointers {
-    using Block = char*;
-    static Block New(std::uint32_t size) { return _XNewPtr(static_cast<std::int32_t>(size)); }
-    static void Dispose(Block block) { XDisposePtr(block); }
-};
-struct Handles {
-    using Block = char**;
-    static std::uint32_t SizeOf(Block block) {
-        return static_cast<std::uint32_t>(XGetHandleSize(block));
-    }
-    static Block New(std::uint32_t size) { return _XNewHandle(static_cast<std::int32_t>(size)); }
-    static void Dispose(Block block) { XDisposeHandle(block); }
-};
-struct CLibrary {
-    using Block = void*;
-    /// Of a block filled with its own size, since the C library doesn't keep that.
-    static std::uint32_t SizeOf(Block block) { return *static_cast<const std::uint32_t*>(block); }
-    static Block New(std::uint32_t size) { return std::malloc(size); }
-    static void Dispose(Block block) { std::free(block); }
-};
 
 /// A live set whose blocks are replaced at random, the same sequence for every way to hold them.
 template <class Way>
@@ -221,59 +199,10 @@ void MeasureComingAndGoing() {
            static_cast<double>(CountAddressSpace().systemCalls - before), 0);
 }
 
-/// From the page tables: the quick counters are off by up to some hundred kilobytes.
-double ResidentBytes() {
-    std::FILE* file = std::fopen("/proc/self/smaps_rollup", "r");
-    char line[256];
-    long long kilobytes = -1;
-    while (file != nullptr && std::fgets(line, sizeof line, file) != nullptr && kilobytes < 0) {
-        std::sscanf(line, "Rss: %lld kB", &kilobytes);
-    }
-    if (kilobytes < 0) {
-        std::perror("/proc/self/smaps_rollup");
-        std::exit(2);
-    }
-    std::fclose(file);
-    return static_cast<double>(kilobytes) * 1024;
-}
-
-/// Fills `blocks` with about 64 MB, disposes nine in ten at random. Gives the live bytes.
-template <class Way, class Fill>
-double Fragment(std::vector<typename Way::Block>& blocks, const Fill& fill) {
-    std::mt19937 random(7);
-    double live = 0;
-    for (auto& block : blocks) {
-        const auto size = 16 + static_cast<std::uint32_t>(random() % 1985);
-        block = Way::New(size);
-        fill(block, size);
-        live += size;
-    }
-    for (auto& block : blocks) {
-        if (random() % 10 != 0) {
-            live -= Way::SizeOf(block);
-            Way::Dispose(block);
-            block = nullptr;
-        }
-    }
-    return live;
-}
-
-constexpr std::size_t kFragmentBlocks = (64U << 20) / 1008;
-
-void FillHandle(char** h, std::uint32_t size) {
-    std::memset(*h, 1, size);
-}
-
-/// With its size in front, for SizeOf.
-void FillPlain(void* p, std::uint32_t size) {
-    std::memset(p, 1, size);
-    *static_cast<std::uint32_t*>(p) = size;
-}
-
 void FragmentHandles() {
     std::vector<char**> blocks(kFragmentBlocks);
     const double before = ResidentBytes();
-    const double live = Fragment<Handles>(blocks, FillHandle);
+    const double live = Fragment<Handles>(blocks, 10);
     const double seconds = Seconds(XMemCompactHeap);
     const double resident = ResidentBytes() - before;
     XHeapStatistics figures;
@@ -295,7 +224,7 @@ void FragmentHandles() {
 void FragmentCLibrary() {
     std::vector<void*> blocks(kFragmentBlocks);
     const double before = ResidentBytes();
-    const double live = Fragment<CLibrary>(blocks, FillPlain);
+    const double live = Fragment<CLibrary>(blocks, 10);
     malloc_trim(0);
     std::printf("  the C library, trimmed: %.2f times the live bytes\n",
                 (ResidentBytes() - before) / live);
@@ -305,7 +234,7 @@ void FragmentCLibrary() {
 void MeasureFragmentation() {
     // A small round first, so that the program's own pages are resident before the count.
     std::vector<char**> few(100);
-    Fragment<Handles>(few, FillHandle);
+    Fragment<Handles>(few, 10);
     XMemCompactHeap();
     XMemExitInstance();
     XMemInitInstance();

@@ -12,7 +12,7 @@ XIntrusiveDoubleList::XIntrusiveDoubleList(unsigned int nextOffset,
                                            unsigned int prevOffset) noexcept
     : head_(nullptr), tail_(nullptr), nextOffset_(nextOffset), prevOffset_(prevOffset), count_(0) {}
 
-XIntrusiveDoubleList::~XIntrusiveDoubleList() noexcept {
+XIntrusiveDoubleList::~XIntrusiveDoubleList() {
     RemoveAll();
 }
 

@@ -12,7 +12,7 @@ XIntrusiveSingleList::XIntrusiveSingleList(unsigned int nextOffset) noexcept {
     Construct(nextOffset);
 }
 
-XIntrusiveSingleList::~XIntrusiveSingleList() noexcept {
+XIntrusiveSingleList::~XIntrusiveSingleList() {
     RemoveAll();
 }
 

@@ -54,11 +54,11 @@ std::array<char*, 4>& FormerPlaces(const HandleSlot* slot) {
 char* PlaceElsewhere(HeapPool* pool, const HandleSlot* slot, std::vector<char*>& taken) {
     auto& former = FormerPlaces(slot);
     char* fresh = PlaceLike(pool, slot->block);
-    while (fresh != nullptr && std::ranges::find(former, fresh) != former.end()) {
+    while (fresh != nullptr && std::find(former.begin(), former.end(), fresh) != former.end()) {
         taken.push_back(fresh);
         fresh = PlaceLike(pool, slot->block);
     }
-    std::ranges::rotate(former, former.end() - 1);
+    std::rotate(former.begin(), former.end() - 1, former.end());
     former.front() = slot->block;
     return fresh;
 }
@@ -71,7 +71,7 @@ void StressMoves(HeapPool* pool, HandleSlot* resized) {
     }
     const PoolHold hold(pool);
     std::vector<HandleSlot*> slots = UnlockedSlots(pool);
-    if (resized != nullptr && std::ranges::find(slots, resized) == slots.end()) {
+    if (resized != nullptr && std::find(slots.begin(), slots.end(), resized) == slots.end()) {
         slots.push_back(resized);
     }
     std::vector<char*> left;

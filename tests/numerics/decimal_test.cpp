@@ -2,12 +2,13 @@
 // their own on random numbers.
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <iomanip>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,8 +21,7 @@ namespace {
 const double kSentinel = XFp::Nan(0);
 constexpr double kLargest = std::numeric_limits<double>::max();
 constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr std::uint8_t kFloat = 0, kFixed = 1, kFixedToo = 255;
+constexpr int kFloat = 0, kFixed = 1;
 
 std::string FromPascal(const unsigned char* string) {
     return {reinterpret_cast<const char*>(string) + 1, string[0]};
@@ -74,59 +74,50 @@ std::string Zeros(int count) {
     return std::string(static_cast<std::size_t>(count), '0');
 }
 
-TEST(Decimal, FloatingText) {
-    const struct {
-        int digitCount;
-        double x;
-        const char* text;
-    } cases[] = {{6, 3.14159, " 3.14159e+0"},
-                 {6, -3.14159, "-3.14159e+0"},
-                 {6, 1e300, " 1.00000e+300"},
-                 {6, 1e-5, " 1.00000e-5"},
-                 {6, 0.0, " 0.00000e-1"},
-                 {6, -0.0, " 0.00000e-1"},
-                 {3, 9.996, " 1.000e+1"},
-                 {3, 9.9999999, " 1.000e+1"},
-                 {3, 0.9999999, " 1.000e+0"},
-                 {7, 1.0303445, " 1.030345e+0"},  // below the tie, but not in 17 digits
-                 {3, 1.005, " 1.00e+0"},
-                 {1, 3.0, " 3.e+0"},
-                 {1, 0.96, " 1.0e+0"},
-                 {0, 3.0, " 3.e+0"},
-                 {-400, 2.5, " 3.e+0"},
-                 {6, kSentinel, "-1.23457e+13"},
-                 {6, kNan, "NAN"},
-                 {5, kInf, "INF"},
-                 {5, -kInf, "INF"},
-                 {-7, kInf, "INF"}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(Text(kFloat, c.digitCount, c.x), c.text);
+struct Case {
+    int style, digitCount;
+    double x;
+    std::string result;
+};
+
+/// A case is its style, digit count, number and, in quotes, what comes out.
+std::vector<Case> Cases(const char* text) {
+    std::istringstream in(text);
+    std::vector<Case> cases;
+    Case c;
+    for (std::string number; in >> c.style >> c.digitCount >> number;) {
+        in >> std::quoted(c.result, '\'');
+        c.x = std::strtod(number.c_str(), nullptr);
+        cases.push_back(c);
     }
-    EXPECT_EQ(Text(kFloat, 15, 2.0 / 3.0), " 6.66666666666667e-1");
-    EXPECT_EQ(Text(kFloat, 17, 2.0 / 3.0), " 6.6666666666666700e-1");
-    EXPECT_EQ(Text(kFloat, 16, 9.999999999999998), " 1.0000000000000000e+1");
-    EXPECT_EQ(Text(kFloat, 15, 5e-324), " 4.94065645841247e-324");
-    for (const int digitCount : {20, 21, 25, 400, 32767}) {
-        EXPECT_EQ(Text(kFloat, digitCount, 1.0), " 1." + Zeros(19) + "e+0");
-    }
+    return cases;
 }
 
-TEST(Decimal, FixedText) {
-    const struct {
-        int digitCount;
-        double x;
-        const char* text;
-    } cases[] = {
-        {2, 3.14159, "3.14"},    {2, -3.14159, "-3.14"}, {0, 1234.5, "1235"}, {2, 9.996, "10.00"},
-        {2, 99.99999, "100.00"}, {2, 1.005, "1.00"},     {2, 0.005, "0.01"},  {2, 0.001, "0.00"},
-        {2, 0.0001, "0.000"},    {2, -0.001, "-0.00"},   {0, 0.4, "0."},      {0, 0.5, "1"},
-        {0, 0.0, "0."},          {2, 0.0, "0.00"},       {2, -0.0, "0.00"},   {1, 0.06, "0.1"},
-        {-1, 1234.0, "1230"},    {-3, 1234.0, "1000"},   {-3, 600.0, "1000"}, {-3, -400.0, "-0"},
-        {-5, 1234.0, "0"},       {-32768, 1e300, "0"},   {-32768, 0.5, "0."}, {2, kInf, "INF"},
-        {2, -kInf, "INF"},       {0, kNan, "NAN"}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(Text(kFixed, c.digitCount, c.x), c.text);
-        EXPECT_EQ(Text(kFixedToo, c.digitCount, c.x), c.text);
+TEST(Decimal, Texts) {
+    for (const Case& c :
+         Cases("0 6 3.14159 ' 3.14159e+0'   0 6 -3.14159 '-3.14159e+0'  0 6 1e300 ' 1.00000e+300' "
+               "0 6 1e-5 ' 1.00000e-5'      0 6 0 ' 0.00000e-1'         0 6 -0 ' 0.00000e-1' "
+               "0 3 9.996 ' 1.000e+1'       0 3 9.9999999 ' 1.000e+1'   0 3 0.9999999 ' 1.000e+0' "
+               "0 3 1.005 ' 1.00e+0'        0 1 3 ' 3.e+0'              0 1 0.96 ' 1.0e+0' "
+               "0 0 3 ' 3.e+0'              0 -400 2.5 ' 3.e+0'         0 5 -inf 'INF' "
+               "0 6 nan 'NAN'               0 -7 inf 'INF'              "
+               "0 6 -12345679012345 '-1.23457e+13'  0 15 5e-324 ' 4.94065645841247e-324' "
+               "0 15 0.6666666666666666 ' 6.66666666666667e-1' "
+               "0 17 0.6666666666666666 ' 6.6666666666666700e-1' "
+               "0 16 9.999999999999998 ' 1.0000000000000000e+1' "
+               "1 2 3.14159 '3.14'   1 2 -3.14159 '-3.14'   1 0 1234.5 '1235'   1 2 9.996 '10.00' "
+               "1 2 99.99999 '100.00'  1 2 1.005 '1.00'     1 2 0.005 '0.01'    1 2 0.001 '0.00' "
+               "1 2 0.0001 '0.000'   1 2 -0.001 '-0.00'     1 0 0.4 '0.'        1 0 0.5 '1' "
+               "1 0 0 '0.'           1 2 0 '0.00'           1 2 -0 '0.00'       1 1 0.06 '0.1' "
+               "1 -1 1234 '1230'     1 -3 1234 '1000'       1 -3 600 '1000'     1 -3 -400 '-0' "
+               "1 -5 1234 '0'        1 -32768 1e300 '0'     1 -32768 0.5 '0.'   255 2 2.5 '2.50' "
+               "1 2 -inf 'INF'       1 0 nan 'NAN'")) {
+        EXPECT_EQ(Text(c.style, c.digitCount, c.x), c.result);
+    }
+    // Below the tie, but not in 17 digits.
+    EXPECT_EQ(Text(kFloat, 7, 1.0303445), " 1.030345e+0");
+    for (const int digitCount : {20, 21, 25, 400, 32767}) {
+        EXPECT_EQ(Text(kFloat, digitCount, 1.0), " 1." + Zeros(19) + "e+0");
     }
     EXPECT_EQ(Text(kFixed, 20, 0.1), "0.1" + Zeros(19));
     EXPECT_EQ(Text(kFixed, 250, 0.5), "0.5" + Zeros(249));
@@ -152,22 +143,15 @@ TEST(Decimal, ModesRoundHalfUpOrCut) {
 }
 
 TEST(Decimal, Records) {
-    const struct {
-        int style, digitCount;
-        double x;
-        std::string record;
-    } cases[] = {{kFloat, 6, 3.14159, "0 -5 314159"}, {kFloat, 5, -1234.5, "1 -1 12345"},
-                 {kFloat, 3, 9.996, "0 -1 100"},      {kFloat, 6, 0.0, "0 -6 000000"},
-                 {kFloat, 6, -0.0, "0 -6 000000"},    {kFloat, -400, 26.0, "0 1 3"},
-                 {kFloat, 6, kInf, "0 0 INF"},        {kFloat, 6, -kInf, "1 0 INF"},
-                 {kFloat, 6, kNan, "0 0 NAN"},        {kFloat, 6, -kNan, "1 0 NAN"},
-                 {kFixed, 2, 3.14159, "0 -2 314"},    {kFixed, 2, -9.996, "1 -2 1000"},
-                 {kFixed, 0, 1234.5, "0 0 1235"},     {kFixed, -2, 1250.0, "0 2 13"},
-                 {kFixed, -4, 1234.0, "0 4 0"},       {kFixed, 2, 0.0012, "0 -2 0"},
-                 {kFixed, 4, 0.00126, "0 -4 13"},     {kFixed, 2, 0.0, "0 -2 00"},
-                 {kFixed, -400, -1.0, "1 400 0"},     {kFixedToo, 2, -kInf, "1 0 INF"}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(Record(c.style, c.digitCount, c.x), c.record) << c.digitCount << ' ' << c.x;
+    for (const Case& c :
+         Cases("0 6 3.14159 '0 -5 314159'  0 5 -1234.5 '1 -1 12345'  0 3 9.996 '0 -1 100' "
+               "0 6 0 '0 -6 000000'        0 6 -0 '0 -6 000000'      0 -400 26 '0 1 3' "
+               "0 6 inf '0 0 INF'          0 6 -inf '1 0 INF'        0 6 nan '0 0 NAN' "
+               "0 6 -nan '1 0 NAN'         1 2 3.14159 '0 -2 314'    1 2 -9.996 '1 -2 1000' "
+               "1 0 1234.5 '0 0 1235'      1 -2 1250 '0 2 13'        1 -4 1234 '0 4 0' "
+               "1 2 0.0012 '0 -2 0'        1 4 0.00126 '0 -4 13'     1 2 0 '0 -2 00' "
+               "1 -400 -1 '1 400 0'        255 2 -inf '1 0 INF'")) {
+        EXPECT_EQ(Record(c.style, c.digitCount, c.x), c.result) << c.digitCount << ' ' << c.x;
     }
     EXPECT_EQ(Record(kFloat, 20, 1.0), "0 -19 1" + Zeros(19));
     EXPECT_EQ(Record(kFloat, 400, 1.0), "0 -22 1" + Zeros(22)) << "what the record holds";
@@ -178,21 +162,14 @@ TEST(Decimal, Records) {
 TEST(Decimal, RecordsToNumbers) {
     const struct {
         int sign, exponent;
-        std::string digits;
+        const char* digits;
         double x;
-    } cases[] = {{0, -5, "314159", 3.14159},
-                 {1, -1, "12345", -1234.5},
-                 {2, 0, "5", 5},
-                 {255, 0, "5", -5},
-                 {0, 32767, "1", kInf},
-                 {0, -32768, "1", 0},
-                 {0, 5, "INF", kInf},
-                 {1, 5, "INF", -kInf},
-                 {0, 5, "NAN", kSentinel},
-                 {1, 5, "NAN", kSentinel},
-                 {0, 3, "", 0},
-                 {0, 3, "12e1", 120},
-                 {1, 3, "x", 0}};
+    } cases[] = {{0, -5, "314159", 3.14159}, {1, -1, "12345", -1234.5},
+                 {0, 3, "12e1", 120},        {2, 0, "5", 5},
+                 {255, 0, "5", -5},          {0, 3, "", 0},
+                 {0, 32767, "1", kInf},      {0, -32768, "1", 0},
+                 {0, 5, "INF", kInf},        {1, 5, "INF", -kInf},
+                 {0, 5, "NAN", kSentinel},   {1, 5, "NAN", kSentinel}};
     for (const auto& c : cases) {
         EXPECT_EQ(Number(c.sign, c.exponent, c.digits), c.x) << c.digits << ' ' << c.exponent;
     }
@@ -207,58 +184,32 @@ TEST(Decimal, RecordsToNumbers) {
 
 TEST(Decimal, TextToNumbers) {
     const struct {
-        const char* text;
         double x;
-    } cases[] = {{"INF", kInf},
-                 {"Infinity", kInf},
-                 {"I5", kInf},
-                 {"NAN", kSentinel},
-                 {"None", kSentinel},
-                 {"inf", kInf},
-                 {"-INF", -kInf},
-                 {" +iNfInItY", kInf},
-                 {"infinite", kInf},
-                 {"in", 0},
-                 {"1.5", 1.5},
-                 {"-2e3", -2000},
-                 {" 12", 12},
-                 {"\t\n\v\f\r+12", 12},
-                 {"1,5", 1},
-                 {"", 0},
-                 {" ", 0},
-                 {"-", 0},
-                 {"+-5", 0},
-                 {"--5", 0},
-                 {".", 0},
-                 {".e5", 0},
-                 {".5", 0.5},
-                 {"5.", 5},
-                 {"1e", 1},
-                 {"1e+x", 1},
-                 {"1d5", 1},
-                 {"0x1.8p3", 12},
-                 {"0X.8", 0.5},
-                 {"-0x1FP-1z", -15.5},
-                 {"0x", 0},
-                 {"0xp5", 0},
-                 {"0x1p", 1},
-                 {"0x.g", 0},
-                 {"\0200x1", 0},
-                 {"0x1p99999999999", kInf},
-                 {"1e9999999999", kInf},
-                 {"1e-9999999999", 0},
-                 {"0e9999999999", 0}};
+        std::vector<std::string> texts;
+    } cases[] = {{kInf,
+                  {"INF", "Infinity", "I5", "inf", " +iNfInItY", "infinite", "1e9999999999",
+                   "0x1p99999999999"}},
+                 {-kInf, {"-INF"}},
+                 {kSentinel, {"NAN", "None"}},
+                 {0,
+                  {"", " ", "-", "+-5", "--5", ".", ".e5", "in", "0x", "0xp5", "0x.g", "\0200x1",
+                   "1e-9999999999", "0e9999999999", std::string(255, ' ')}},
+                 {0.5, {".5", "0X.8"}},
+                 {1, {"1,5", "1e", "1e+x", "1d5", "0x1p"}},
+                 {1.5, {"1.5", "1.5 7"}},
+                 {5, {"5."}},
+                 {12, {" 12", "\t\n\v\f\r+12", "0x1.8p3", std::string("12\00034", 5)}},
+                 {-2000, {"-2e3"}},
+                 {-15.5, {"-0x1FP-1z"}},
+                 {1.1111111111111111e254, {std::string(255, '1')}},
+                 {1e-242, {"." + Zeros(250) + "1e9"}}};
     for (const auto& c : cases) {
-        EXPECT_EQ(Parsed(c.text), c.x) << '"' << c.text << '"';
+        for (const std::string& text : c.texts) {
+            EXPECT_EQ(Parsed(text), c.x) << '"' << text << '"';
+        }
     }
-    for (const char* text : {"nan", " -NAN", "nAn(7)"}) {
-        EXPECT_TRUE(std::isnan(Parsed(text))) << text;
-    }
+    EXPECT_TRUE(std::isnan(Parsed("nan")) && std::isnan(Parsed(" -nAn(7)")));
     EXPECT_TRUE(std::signbit(Parsed("-0")) && std::signbit(Parsed("-0x0")));
-    EXPECT_EQ(Parsed(std::string(255, '1')), 1.1111111111111111e254);
-    EXPECT_EQ(Parsed("." + Zeros(250) + "1e9"), 1e-242);
-    EXPECT_EQ(Parsed(std::string(255, ' ')), 0.0);
-    EXPECT_EQ(Parsed(std::string("12\00034", 5)), 12.0);
 }
 
 TEST(Decimal, TextIsRoundedTheCallersWay) {
@@ -267,19 +218,16 @@ TEST(Decimal, TextIsRoundedTheCallersWay) {
         double nearest, above, below;
     } cases[] = {
         {"0.1", 0.1, 0.1, 0x1.9999999999999p-4},
-        {"0.3", 0.3, 0x1.3333333333334p-2, 0.3},
         {"0.5000000000000000000000", 0.5, 0.5, 0.5},
         {"0.50000000000000000000001", 0.5, 0.5 + 0x1p-53, 0.5},
         {"4310552153e14", 0x1.6d1e333edbc17p+78, 0x1.6d1e333edbc17p+78, 0x1.6d1e333edbc16p+78},
         {"9007199254740993", 0x1p53, 0x1p53 + 2, 0x1p53},
-        {"9007199254740993.0000000001", 0x1p53 + 2, 0x1p53 + 2, 0x1p53},
         {"1.7976931348623158e308", kLargest, kInf, kLargest},
         {"1e400", kInf, kInf, kLargest},
         {"1e-400", 0, 5e-324, 0},
         {"0e-400", 0, 0, 0},
         {"4e-324", 5e-324, 5e-324, 0},
         {"0x1.00000000000008p0", 1, 1 + 0x1p-52, 1},
-        {"0x1.00000000000018p0", 1 + 0x1p-51, 1 + 0x1p-51, 1 + 0x1p-52},
         {"0x1.000000000000080000000001p0", 1 + 0x1p-52, 1 + 0x1p-52, 1},
         {"0x0.fffffffffffff8p-1022", 0x1p-1022, 0x1p-1022, 0x0.fffffffffffffp-1022},
         {"0x1p-1075", 0, 5e-324, 0},
@@ -304,23 +252,7 @@ TEST(Decimal, RoundTripsLoseSignsAndNans) {
     EXPECT_EQ(Parsed(Text(kFloat, 14, kSentinel)), kSentinel);
     EXPECT_NE(Parsed(Text(kFloat, 13, kSentinel)), kSentinel);
     EXPECT_EQ(Parsed(Text(kFloat, 6, -kInf)), kInf);
-    EXPECT_EQ(Parsed(Text(kFixed, 6, kNan)), kSentinel);
-}
-
-TEST(Decimal, ThreadsDoNotShareScratch) {
-    const auto work = [](double x, int mode) {
-        const Rounding rounding(mode);
-        const std::string text = Text(kFloat, 15, x);
-        const std::string record = Record(kFixed, 3, x);
-        const double back = Parsed(text);
-        for (int i = 0; i < 2000; ++i) {
-            ASSERT_TRUE(Text(kFloat, 15, x) == text && Record(kFixed, 3, x) == record &&
-                        Parsed(text) == back);
-        }
-    };
-    std::thread other(work, -98765.4321e-9, 2);
-    work(12345.6789, 1);
-    other.join();
+    EXPECT_EQ(Parsed(Text(kFixed, 6, NAN)), kSentinel);
 }
 
 bool PrintsCommas() {
@@ -329,26 +261,22 @@ bool PrintsCommas() {
     return std::strcmp(text, "0,5") == 0;
 }
 
-TEST(Decimal, LocalesAndConversionsLeaveEachOtherAlone) {
+TEST(Decimal, NeitherThreadsNorLocalesMeet) {
     SetCommaLocale();
     ASSERT_TRUE(PrintsCommas());
-    std::atomic<bool> done = false;
-    bool disturbed = false;
-    std::thread other([&] {
-        while (!done) {
-            disturbed |= !PrintsCommas();
+    const auto work = [](double x, const char* text, const char* record) {
+        for (int i = 0; i < 5000; ++i) {
+            ASSERT_EQ(Text(kFloat, 15, x), text);
+            ASSERT_EQ(Record(kFixed, 3, x), record);
+            ASSERT_EQ(Parsed(text), x);
+            ASSERT_EQ(Parsed("1,5"), 1);
+            ASSERT_EQ(Number(0, -1, "15"), 1.5);
+            ASSERT_TRUE(PrintsCommas());
         }
-    });
-    for (int i = 0; i < 20000; ++i) {
-        EXPECT_EQ(Parsed("1.5"), 1.5);
-        EXPECT_EQ(Parsed("1,5"), 1.0);
-        EXPECT_EQ(Number(0, -1, "15"), 1.5);
-        EXPECT_EQ(Text(kFloat, 6, 3.14159) + Text(kFixed, 2, 3.14159), " 3.14159e+03.14");
-    }
-    done = true;
+    };
+    std::thread other(work, -98765.4321e-9, "-9.87654321000000e-5", "1 -3 0");
+    work(12345.6789, " 1.23456789000000e+4", "0 -3 12345679");
     other.join();
-    EXPECT_FALSE(disturbed);
-    EXPECT_TRUE(PrintsCommas());
     std::setlocale(LC_NUMERIC, "C");
 }
 

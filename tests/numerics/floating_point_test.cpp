@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <thread>
 #include <utility>
 
@@ -184,6 +185,25 @@ TEST(FloatingPoint, RandomSequence) {
         state = from;
         EXPECT_EQ(XFp::Randomx(&state), next) << from;
     }
+}
+
+// What this is compared with was computed by 64-bit code.
+TEST(FloatingPoint, SameBitsOnEveryTarget) {
+    std::mt19937_64 random(20);
+    std::uint64_t hash = 0;
+    for (int i = 0; i < 40000; ++i) {
+        const double any = std::bit_cast<double>(random());
+        const double x = std::ldexp(static_cast<double>(random() >> 11), -50);
+        const double y = std::ldexp(static_cast<double>(random() >> 11), -46) - 64;
+        const Rounding rounding(i % 4);
+        double state = y;
+        for (const double result : {XFp::Ln(any), XFp::Log2(x), XFp::XpwrY(any, y),
+                                    XFp::XpwrY(x, y), XFp::Compound(x / 64, y),
+                                    XFp::Annuity(x / 64, y), XFp::Randomx(&state), XFp::RInt(y)}) {
+            hash = std::rotl(hash, 5) * 0x9E3779B97F4A7C15 + std::bit_cast<std::uint64_t>(result);
+        }
+    }
+    EXPECT_EQ(hash, 0xADC8A59DC37D3A39);
 }
 
 }  // namespace

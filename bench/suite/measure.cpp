@@ -113,8 +113,8 @@ std::vector<MeasuredSection> MeasureAll(const Build& build, const Choice& choice
             for (int i = 0; i < (choice.quick ? 1 : row.processes); ++i) {
                 measurement.Sit(choice.quick ? std::min(row.rounds, 2) : row.rounds);
             }
-            result.rows.push_back(
-                {row.name, row.unit, row.bound, row.headline, measurement.Medians()});
+            result.rows.push_back({row.name, row.unit, row.bound,
+                                   row.headline && build.suffix.empty(), measurement.Medians()});
             progress.row(result, result.rows.back());
         }
         if (!result.rows.empty()) measured.push_back(std::move(result));

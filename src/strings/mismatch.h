@@ -1,8 +1,9 @@
 // Where two texts part ways: the step under every comparison.
 #pragma once
 
-#include <emmintrin.h>
+#include <immintrin.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -33,6 +34,48 @@ __m128i LoadBytes(const char* p) {
         std::int32_t word;
         std::memcpy(&word, p, sizeof(word));
         return _mm_cvtsi32_si128(word);
+    }
+}
+
+/// Bytes in a step that not every machine can take.
+inline constexpr std::size_t kWideStep = 32;
+
+/// Whether a search through so many bytes can take wide steps.
+inline bool TakesWideSteps(std::size_t length) {
+    return length >= kWideStep && __builtin_cpu_supports("avx2");
+}
+
+__attribute__((target("avx2"))) inline __m256i LoadWide(const char* p) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
+
+__attribute__((target("avx2"))) inline unsigned DifferingWide(const char* a, const char* b) {
+    return ~static_cast<unsigned>(
+        _mm256_movemask_epi8(_mm256_cmpeq_epi8(LoadWide(a), LoadWide(b))));
+}
+
+__attribute__((target("avx2"))) inline bool FourStepsAgree(const char* a, const char* b) {
+    __m256i agree = _mm256_cmpeq_epi8(LoadWide(a), LoadWide(b));
+    for (std::size_t i = kWideStep; i < 4 * kWideStep; i += kWideStep) {
+        agree = _mm256_and_si256(agree, _mm256_cmpeq_epi8(LoadWide(a + i), LoadWide(b + i)));
+    }
+    return _mm256_movemask_epi8(agree) == -1;
+}
+
+/// Mismatch for TakesWideSteps(length).
+__attribute__((target("avx2"))) inline std::size_t MismatchWide(const char* a, const char* b,
+                                                                std::size_t length) {
+    std::size_t i = 0;
+    while (length - i >= 4 * kWideStep && FourStepsAgree(a + i, b + i)) {
+        i += 4 * kWideStep;
+    }
+    // The last step reaches back over bytes that are known to agree.
+    for (;; i += kWideStep) {
+        const std::size_t step = std::min(i, length - kWideStep);
+        if (const unsigned bits = DifferingWide(a + step, b + step)) {
+            return step + static_cast<std::size_t>(std::countr_zero(bits));
+        }
+        if (step == length - kWideStep) return length;
     }
 }
 
@@ -102,6 +145,7 @@ class MismatchSearch {
 /// The index of the first byte in which `a` and `b` differ, or `length`. Reads nothing from there
 /// on.
 inline std::size_t Mismatch(const char* a, const char* b, std::size_t length) {
+    if (TakesWideSteps(length)) return MismatchWide(a, b, length);
     return MismatchSearch<AsTheyStand>(a, b, length).Run();
 }
 

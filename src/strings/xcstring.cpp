@@ -16,6 +16,11 @@ namespace {
 constinit char* const emptyString = emptyBuffer.characters;
 static_assert(sizeof(XCString) == sizeof(emptyString));
 
+/// Kept out of line, so that the common copy saves no registers for it.
+[[gnu::noinline]] void AssignText(XCString& target, const char* text) {
+    target = text;
+}
+
 }  // namespace
 
 }  // namespace veldt::strings
@@ -35,7 +40,7 @@ XCString::XCString(const XCString& source) : characters_(source.characters_) {
         return;
     }
     Init();
-    if (data->length != 0) AssignCopy(SafeStrlen(source.characters_), source.characters_);
+    if (data->length != 0) strings::AssignText(*this, source.characters_);
 }
 
 XCString::XCString(const char* source, int count) {
@@ -90,7 +95,8 @@ const XCString& XCString::operator+=(char character) {
         characters_[length + 1] = 0;
         data->length = length + 1;
     } else {
-        ConcatInPlace(1, &character);
+        const char text = character;  // the parameter itself stays in its register
+        ConcatInPlace(1, &text);
     }
     return *this;
 }
@@ -132,7 +138,9 @@ void XCString::AssignCopy(int length, const char* source) {
     strings::SetLength(GetData(), length);
 }
 
-void XCString::ConcatCopy(int length1, const char* source1, int length2, const char* source2) {
+// Out of line, like what calls it: appending in place is the common case, and short.
+[[gnu::noinline]] void XCString::ConcatCopy(int length1, const char* source1, int length2,
+                                            const char* source2) {
     const std::int64_t total = std::int64_t{length1} + length2;
     if (total == 0) return;
     char* target = strings::CharactersOf(strings::NewBuffer(total));
@@ -141,14 +149,14 @@ void XCString::ConcatCopy(int length1, const char* source1, int length2, const c
     characters_ = target;
 }
 
-void XCString::ConcatInPlace(int length, const char* source) {
+[[gnu::noinline]] void XCString::ConcatInPlace(int length, const char* source) {
     if (length == 0) return;
     XCStringData* data = GetData();
     const std::int32_t before = data->length;
     if (data->refCount <= 1 && length <= data->allocLength - before) {
         // There is room for a character, so that this isn't the shared empty buffer.
         char* end = characters_ + before;
-        std::memmove(end, source, static_cast<std::size_t>(length));
+        strings::MoveText(end, source, static_cast<std::size_t>(length));
         end[length] = 0;
         data->length = before + length;
         return;

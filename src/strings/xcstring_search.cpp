@@ -21,8 +21,7 @@ int IndexOf(const char* text, const char* found) {
 }
 
 bool HoldsZero(const char* begin, const char* end) {
-    if (end - begin < 16) return std::find(begin, end, 0) != end;
-    return std::memchr(begin, 0, static_cast<std::size_t>(end - begin)) != nullptr;
+    return begin != end && std::memchr(begin, 0, static_cast<std::size_t>(end - begin)) != nullptr;
 }
 
 /// The lesser of the lengths of a counted and a terminated text. The bytes there can be read: they
@@ -42,6 +41,16 @@ int Sign(int number) {
 /// Both texts end at their first zero byte.
 bool Equal(const XCString& a, const char* b) {
     return std::strcmp(a, b) == 0;
+}
+
+/// What Compare gives; a length in hand spares looking for the terminator.
+int Order(const XCString& a, const XCString& b) {
+    const char* const left = a;
+    const char* const right = b;
+    const auto shorter = static_cast<std::size_t>(std::min(a.GetLength(), b.GetLength()));
+    const std::size_t i = strings::Mismatch(left, right, shorter);
+    if (left[i] == right[i] || HoldsZero(left, left + i)) return 0;
+    return Sign(SignedDifference(left[i], right[i]));
 }
 
 }  // namespace
@@ -94,7 +103,7 @@ int XCString::CompareNoCase(const char* text) const {
 }
 
 int operator==(const XCString& a, const XCString& b) {
-    return Equal(a, b);
+    return Order(a, b) == 0;
 }
 int operator==(const XCString& a, const char* b) {
     return Equal(a, b);
@@ -103,7 +112,7 @@ int operator==(const char* a, const XCString& b) {
     return Equal(b, a);
 }
 int operator!=(const XCString& a, const XCString& b) {
-    return !Equal(a, b);
+    return Order(a, b) != 0;
 }
 int operator!=(const XCString& a, const char* b) {
     return !Equal(a, b);
@@ -112,7 +121,7 @@ int operator!=(const char* a, const XCString& b) {
     return !Equal(b, a);
 }
 int operator<(const XCString& a, const XCString& b) {
-    return a.Compare(b) < 0;
+    return Order(a, b) < 0;
 }
 int operator<(const XCString& a, const char* b) {
     return a.Compare(b) < 0;
@@ -121,7 +130,7 @@ int operator<(const char* a, const XCString& b) {
     return b.Compare(a) > 0;
 }
 int operator>(const XCString& a, const XCString& b) {
-    return a.Compare(b) > 0;
+    return Order(a, b) > 0;
 }
 int operator>(const XCString& a, const char* b) {
     return a.Compare(b) > 0;
@@ -130,7 +139,7 @@ int operator>(const char* a, const XCString& b) {
     return b.Compare(a) < 0;
 }
 int operator<=(const XCString& a, const XCString& b) {
-    return a.Compare(b) <= 0;
+    return Order(a, b) <= 0;
 }
 int operator<=(const XCString& a, const char* b) {
     return a.Compare(b) <= 0;
@@ -139,7 +148,7 @@ int operator<=(const char* a, const XCString& b) {
     return b.Compare(a) >= 0;
 }
 int operator>=(const XCString& a, const XCString& b) {
-    return a.Compare(b) >= 0;
+    return Order(a, b) >= 0;
 }
 int operator>=(const XCString& a, const char* b) {
     return a.Compare(b) >= 0;

@@ -8,7 +8,7 @@ cd "$(dirname "$(realpath "$0")")"
 need_for() {
     local packages=(cmake ninja-build g++ googletest pkg-config)
     case $1 in
-        native) packages+=(abigail-tools gdb valgrind) ;;
+        native) packages+=(abigail-tools doxygen gdb valgrind) ;;
         asan) packages+=(valgrind) ;;
         i386) packages+=(g++-multilib gdb) ;;
         windows) packages+=(g++-mingw-w64-i686-posix) ;;
@@ -127,7 +127,8 @@ verb_figures() {
 
 verb_docs() {
     need doxygen
-    doxygen docs/Doxyfile
+    docs/make-reference build/docs
+    say "The reference is build/docs/index.html"
 }
 
 verb_format() {
@@ -148,7 +149,7 @@ verb_check() {
     local status=0
     scripts/check-layers || status=1
     tracked '*.h' '*.cpp' | xargs -r clang-format --dry-run --Werror || status=1
-    shellcheck -x ./do .ci/run scripts/* tests/*/*.sh || status=1
+    shellcheck -x ./do .ci/run docs/make-reference scripts/* tests/*/*.sh || status=1
     [ "$status" -eq 0 ] && say "check: all in order"
     return "$status"
 }

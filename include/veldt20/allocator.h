@@ -67,6 +67,7 @@ class VELDT20_API XAllocator {
 /// Has the form of a scoped lock on an allocator, and records it; there is nothing to lock.
 class VELDT20_API XAllocatorLocker {
   public:
+    /// Records `allocator`, and does nothing with it.
     explicit XAllocatorLocker(XAllocator& allocator);
     ~XAllocatorLocker();
     XAllocatorLocker(const XAllocatorLocker&) = delete;
@@ -84,6 +85,7 @@ VELDT20_API void* XGlobalAlloc(std::uint32_t size);
 VELDT20_API void XGlobalFree(void* block);
 /// The block's address, good until the matching XGlobalUnlock. Null for what is no block.
 VELDT20_API void* XGlobalLock(void* block);
+/// Takes back one XGlobalLock. The address may be out of date from here on.
 VELDT20_API void XGlobalUnlock(void* block);
 /// The block's size in bytes, perhaps above what was asked for; 0 for what is no block.
 VELDT20_API std::uint32_t XGlobalSize(void* block);

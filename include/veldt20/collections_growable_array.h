@@ -61,6 +61,7 @@ class VELDT20_API XDynArrayImp {
 
     /// 1 if construction got a block, else 0.
     int Initialize();
+    /// How many elements there are.
     std::int32_t GetNumElements() const;
     /// 1 or 0.
     int IsEmpty() const;
@@ -75,10 +76,12 @@ class VELDT20_API XDynArrayImp {
     /// Pins the block and gives the address of element 0, null without a block. Locks nest. The
     /// address is good until the matching Unlock, and until anything resizes the array.
     unsigned char* Lock() const;
+    /// Takes back one Lock.
     void Unlock() const;
     /// Where the element lies when Lock gave `base`.
     unsigned char* GetAt(unsigned char* base, std::int32_t index) const;
 
+    /// Puts a copy of the caller's element behind the last one, or before the first.
     int Append(const void* element);
     int Prepend(const void* element);
     /// Puts a copy of the caller's element at `index`, 0 to the number of elements.
@@ -92,7 +95,9 @@ class VELDT20_API XDynArrayImp {
     /// gone also where the result is 0, which says that the block could not be fitted to what is
     /// left.
     int Delete(std::int32_t first, std::int32_t last);
+    /// The same with the one element at `index`.
     int Delete(std::int32_t index);
+    /// Destroys and removes every element.
     void DeleteAll();
     /// Takes an element out without destroying it: its bytes are the caller's to have copied.
     void Remove(std::int32_t index);

@@ -34,6 +34,7 @@ class VELDT20_API XHandleArray {
     char** GetArrayHandle() const;
     /// The first record, for the moment.
     char* GetArrayPtr() const;
+    /// How many records there are, without the slack.
     std::int32_t GetNumElements() const;
 
     /// With `delta` above 0, opens a gap of that many records at `index`; below 0, removes as many
@@ -43,11 +44,13 @@ class VELDT20_API XHandleArray {
     int Grow(std::int32_t count);
     /// Makes room for `count` more records, which can then be added without failing.
     int Preflight(std::int32_t count);
+    /// Removes every record.
     void DeleteAll();
 
     /// Holds the records where they are against other allocations, though not against a change of
     /// this array's size, and gives the first. Pair each with an Unlock; pairs may nest.
     char* Lock() const;
+    /// Takes back one Lock.
     void Unlock() const;
 
   private:

@@ -39,13 +39,16 @@ class VELDT20_API XIntrusiveSingleList {
 
     /// 1 or 0.
     int IsEmpty() const noexcept;
+    /// How many elements there are.
     int GetCount() const noexcept;
     /// Null on an empty list.
     void* GetHead() const noexcept;
+    /// The same as a position.
     __XPOSITION* GetHeadPosition() const noexcept;
     /// The element at `position`, which moves on to the next element, null behind the last. The
     /// element just passed may be removed before the walk goes on.
     void* GetNext(__XPOSITION*& position) const noexcept;
+    /// The element at `position`.
     void* GetAt(__XPOSITION* position) const noexcept;
     /// The position of `element`, which is `element` itself: no walk, and no test of whether it is
     /// on the list. `after` isn't looked at.
@@ -54,6 +57,7 @@ class VELDT20_API XIntrusiveSingleList {
     /// negative.
     __XPOSITION* FindIndex(int index) const noexcept;
 
+    /// Puts `element` in front. Gives its position.
     __XPOSITION* AddHead(void* element) noexcept;
     /// Takes the head away and clears its link. The list must not be empty.
     void* RemoveHead() noexcept;
@@ -94,6 +98,7 @@ class VELDT20_API XIntrusiveDoubleList {
 
     /// 1 or 0.
     int IsEmpty() const noexcept;
+    /// How many elements there are.
     int GetCount() const noexcept;
     /// Each of these gives null on an empty list.
     void* GetHead() const noexcept;
@@ -105,6 +110,7 @@ class VELDT20_API XIntrusiveDoubleList {
     void* GetNext(__XPOSITION*& position) const noexcept;
     /// The same towards the head.
     void* GetPrev(__XPOSITION*& position) const noexcept;
+    /// The element at `position`.
     void* GetAt(__XPOSITION* position) const noexcept;
     /// The position of `element`, which is `element` itself: no walk, and no test of whether it is
     /// on the list. `after` isn't looked at.
@@ -113,6 +119,7 @@ class VELDT20_API XIntrusiveDoubleList {
     /// negative.
     __XPOSITION* FindIndex(int index) const noexcept;
 
+    /// Puts `element` in front, or at the end. Gives its position.
     __XPOSITION* AddHead(void* element) noexcept;
     __XPOSITION* AddTail(void* element) noexcept;
     /// Each takes an end away and clears its links. The list must not be empty.

@@ -28,6 +28,7 @@ class VELDT20_API XSinglePtrList {
 
     /// 1 or 0.
     int IsEmpty() const;
+    /// How many values there are.
     int GetCount() const;
 
     /// Null on an empty list.
@@ -42,8 +43,10 @@ class VELDT20_API XSinglePtrList {
     /// The node just passed may be removed before the walk goes on.
     void*& GetNext(__XPOSITION*& position);
     void* GetNext(__XPOSITION*& position) const;
+    /// The value at `position`, to read or overwrite.
     void*& GetAt(__XPOSITION* position);
     void* GetAt(__XPOSITION* position) const;
+    /// Overwrites the value at `position`.
     void SetAt(__XPOSITION* position, void* value);
 
     /// Puts `value` in front. Null if there is no memory, and then the list is as it was.

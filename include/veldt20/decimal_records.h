@@ -12,8 +12,8 @@ struct XNDecForm {
 
 /// A number in decimal: the digits, read as a whole number, times 10 to the power `exponent`.
 struct XNDecimal {
-    std::uint8_t sign;  ///< bit 0 is set for a negative number
-    std::int16_t exponent;
+    std::uint8_t sign;         ///< bit 0 is set for a negative number
+    std::int16_t exponent;     ///< to the base 10
     unsigned char digits[24];  ///< length-prefixed: ASCII digits, most significant first, or one of
                                ///< the tokens "INF" and "NAN"
 };

@@ -11,6 +11,7 @@
 #define VELDT20_API __declspec(dllimport)
 #endif
 #else
+/// Marks what the module exports.
 #define VELDT20_API __attribute__((visibility("default")))
 #endif
 
@@ -18,5 +19,6 @@
 #if defined(_WIN32)
 #define VELDT20_HAS_HOST 0
 #else
+/// 1 where there is a host.h, else 0.
 #define VELDT20_HAS_HOST 1
 #endif

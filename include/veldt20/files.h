@@ -23,7 +23,9 @@ class VELDT20_API XFileSpec {
   public:
     /// An empty path.
     XFileSpec();
+    /// Takes the path as it comes; shares its text.
     XFileSpec(const XCString& path);
+    /// Shares the text of `source`.
     XFileSpec(const XFileSpec& source);
     virtual ~XFileSpec();
     XFileSpec& operator=(const XFileSpec& source);
@@ -31,6 +33,7 @@ class VELDT20_API XFileSpec {
     /// The path itself, not a copy of it.
     XCString& GetNativeFileSpec();
     const XCString& GetNativeFileSpec() const;
+    /// Takes another path as it comes; shares its text.
     void SetNativeFileSpec(const XCString& path);
     /// Puts `text` directly behind the path, without a separator. Null adds nothing.
     void Append(const char* text);
@@ -94,6 +97,7 @@ class VELDT20_API XFileSpec {
 /// Threads: an object belongs to one thread at a time; different objects are independent.
 class VELDT20_API XFile {
   public:
+    /// What GetError tells.
     enum Error : std::int32_t {
         ErrorNone = 0,
         ErrorEndOfFile = 1,    ///< a read delivered fewer bytes than asked
@@ -129,6 +133,7 @@ class VELDT20_API XFile {
     XFile& operator=(const XFile& source);
     /// 1 if the two paths are equal byte for byte; nothing else is compared.
     int operator==(const XFile& other) const;
+    /// The other way round.
     int operator!=(const XFile& other) const;
 
     /// Makes a new, empty file and leaves it closed. Of several that create one path at the same
@@ -154,6 +159,7 @@ class VELDT20_API XFile {
     int GetEOF(std::int32_t* low, std::int32_t* high);
     /// Cuts the file to the size, or lengthens it with zero bytes.
     int SetEOF(std::int32_t low, std::int32_t high);
+    /// Gives the handle back to the system. 1, or 0 with ErrorNotOpen if the file isn't open.
     int Close();
     /// Closes the file. It keeps its name: `name` is not read.
     int Rename(const char* name);
@@ -162,8 +168,11 @@ class VELDT20_API XFile {
     /// 1 if a file or a directory is at the path. Wildcards match nothing.
     int Exists() const;
 
+    /// The reason of the last failure since the last operation began.
     Error GetError() const;
+    /// Sets it to ErrorNone.
     void ClearError() const;
+    /// 1 from an Open that succeeded to a Close that did, else 0.
     int IsOpen() const;
     /// 1 after a CreateDirectoryA that succeeded.
     int IsDirectory() const;

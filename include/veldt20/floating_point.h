@@ -112,6 +112,7 @@ class VELDT20_API XFp {
     /// gives 0.0. The result is correctly rounded in the current mode.
     static void Str2Num(const unsigned char* text, double* out);
 
+    /// An object holds nothing; copying one copies nothing.
     XFp() = default;
     XFp(const XFp&) = default;
     XFp& operator=(const XFp&);

@@ -8,11 +8,12 @@
 /// A point of fixed-point coordinates, horizontal first.
 class VELDT20_API XFixPoint {
   public:
-    std::int32_t x;
-    std::int32_t y;
+    std::int32_t x;  ///< to the right
+    std::int32_t y;  ///< downwards
 
     /// Leaves the coordinates unset.
     XFixPoint() = default;
+    /// Takes the coordinates, horizontal first.
     XFixPoint(std::int32_t horizontal, std::int32_t vertical) noexcept;
     void Set(std::int32_t horizontal, std::int32_t vertical) noexcept;
 
@@ -32,6 +33,7 @@ VELDT20_API int operator>(const XFixPoint& a, const XFixPoint& b) noexcept;
 VELDT20_API int operator<=(const XFixPoint& a, const XFixPoint& b) noexcept;
 VELDT20_API int operator>=(const XFixPoint& a, const XFixPoint& b) noexcept;
 
+/// What the assignment of the same sign makes of a copy of the left operand.
 VELDT20_API XFixPoint operator+(const XFixPoint& a, const XFixPoint& b) noexcept;
 VELDT20_API XFixPoint operator-(const XFixPoint& a, const XFixPoint& b) noexcept;
 VELDT20_API XFixPoint operator*(const XFixPoint& a, const XFixPoint& b) noexcept;
@@ -40,13 +42,14 @@ VELDT20_API XFixPoint operator/(const XFixPoint& a, const XFixPoint& b) noexcept
 /// A rectangle of fixed-point coordinates, horizontal first.
 class VELDT20_API XFixRect {
   public:
-    std::int32_t left;
-    std::int32_t top;
-    std::int32_t right;
-    std::int32_t bottom;
+    std::int32_t left;    ///< x of the left edge
+    std::int32_t top;     ///< y of the top edge
+    std::int32_t right;   ///< x of the right edge
+    std::int32_t bottom;  ///< y of the bottom edge
 
     /// Leaves the coordinates unset.
     XFixRect() = default;
+    /// Takes the edges, or two corners, as they come: nothing is put in order.
     XFixRect(std::int32_t leftEdge, std::int32_t topEdge, std::int32_t rightEdge,
              std::int32_t bottomEdge) noexcept;
     void Set(std::int32_t leftEdge, std::int32_t topEdge, std::int32_t rightEdge,
@@ -55,6 +58,7 @@ class VELDT20_API XFixRect {
     /// The rectangle with `a` and `b` at opposite corners, whichever those are: always valid.
     void PtToRect(const XFixPoint& a, const XFixPoint& b) noexcept;
 
+    /// A copy of the corner.
     XFixPoint TopLeft() const noexcept;
     XFixPoint TopRight() const noexcept;
     XFixPoint BottomRight() const noexcept;
@@ -75,6 +79,7 @@ class VELDT20_API XFixRect {
     void Inset(std::int32_t dx, std::int32_t dy) noexcept;
     /// Moves the whole.
     void Offset(std::int32_t dx, std::int32_t dy) noexcept;
+    /// Moves the whole by `distance`, or back by it. Sums wrap.
     XFixRect& operator+=(const XFixPoint& distance) noexcept;
     XFixRect& operator-=(const XFixPoint& distance) noexcept;
 

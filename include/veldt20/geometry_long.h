@@ -9,31 +9,37 @@
 /// A point of 32-bit whole coordinates. Take XFixPoint where fractions count.
 class VELDT20_API XLongPoint {
   public:
-    std::int32_t y;
-    std::int32_t x;
+    std::int32_t y;  ///< downwards
+    std::int32_t x;  ///< to the right
 
     /// Leaves the coordinates unset.
     XLongPoint() = default;
+    /// Takes the coordinates, horizontal first.
     XLongPoint(std::int32_t horizontal, std::int32_t vertical) noexcept;
+    /// The same point.
     XLongPoint(const XNPoint& point) noexcept;
 };
 
 /// A rectangle of 32-bit whole coordinates.
 class VELDT20_API XLongRect {
   public:
-    std::int32_t top;
-    std::int32_t left;
-    std::int32_t bottom;
-    std::int32_t right;
+    std::int32_t top;     ///< y of the top edge
+    std::int32_t left;    ///< x of the left edge
+    std::int32_t bottom;  ///< y of the bottom edge
+    std::int32_t right;   ///< x of the right edge
 
     /// Leaves the coordinates unset.
     XLongRect() = default;
+    /// Takes the edges as they come: nothing is put in order.
     XLongRect(std::int32_t topEdge, std::int32_t leftEdge, std::int32_t bottomEdge,
               std::int32_t rightEdge) noexcept;
+    /// The same rectangle.
     XLongRect(const XNRect& rect) noexcept;
+    /// Takes the edges as they come: nothing is put in order.
     void Set(std::int32_t topEdge, std::int32_t leftEdge, std::int32_t bottomEdge,
              std::int32_t rightEdge) noexcept;
 
+    /// A copy of the corner.
     XLongPoint TopLeft() const noexcept;
     XLongPoint BotRight() const noexcept;
     /// The low 16 bits of each coordinate.

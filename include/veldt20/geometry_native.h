@@ -12,16 +12,16 @@ struct _SMALL_RECT;
 /// A point as it lies in files and resources: four bytes, vertical coordinate first. It may alias
 /// other types because TopLeft and BotRight give one that is part of a rectangle.
 struct [[gnu::may_alias]] XNPoint {
-    std::int16_t y;
-    std::int16_t x;
+    std::int16_t y;  ///< downwards
+    std::int16_t x;  ///< to the right
 };
 
 /// A rectangle as it lies in files and resources: two points, eight bytes.
 struct XNRect {
-    std::int16_t top;
-    std::int16_t left;
-    std::int16_t bottom;
-    std::int16_t right;
+    std::int16_t top;     ///< y of the top edge
+    std::int16_t left;    ///< x of the left edge
+    std::int16_t bottom;  ///< y of the bottom edge
+    std::int16_t right;   ///< x of the right edge
 };
 
 static_assert(sizeof(XNPoint) == 4 && sizeof(XNRect) == 2 * sizeof(XNPoint));

@@ -9,12 +9,14 @@
 /// A point of whole coordinates from -32768 to 32767, in the native record's form. Take XLongPoint
 /// where sums may leave that range.
 struct VELDT20_API XPoint {
-    std::int16_t y;
-    std::int16_t x;
+    std::int16_t y;  ///< downwards
+    std::int16_t x;  ///< to the right
 
     /// Leaves the coordinates unset.
     XPoint() = default;
+    /// Takes the coordinates, horizontal first.
     XPoint(std::int16_t horizontal, std::int16_t vertical) noexcept;
+    /// The same point.
     XPoint(const XNPoint& point) noexcept;
     /// Keeps the low 16 bits of each coordinate.
     XPoint(tagPOINT point) noexcept;
@@ -22,21 +24,25 @@ struct VELDT20_API XPoint {
 
 /// A rectangle of such coordinates, in the native record's form.
 struct VELDT20_API XRect {
-    std::int16_t top;
-    std::int16_t left;
-    std::int16_t bottom;
-    std::int16_t right;
+    std::int16_t top;     ///< y of the top edge
+    std::int16_t left;    ///< x of the left edge
+    std::int16_t bottom;  ///< y of the bottom edge
+    std::int16_t right;   ///< x of the right edge
 
     /// Leaves the coordinates unset.
     XRect() = default;
+    /// Takes the edges as they come: nothing is put in order.
     XRect(std::int16_t topEdge, std::int16_t leftEdge, std::int16_t bottomEdge,
           std::int16_t rightEdge) noexcept;
+    /// The same rectangle.
     XRect(const XNRect& rect) noexcept;
     /// Keeps the low 16 bits of each coordinate.
     XRect(const tagRECT& rect) noexcept;
+    /// Takes the edges as they come: nothing is put in order.
     void Set(std::int16_t topEdge, std::int16_t leftEdge, std::int16_t bottomEdge,
              std::int16_t rightEdge) noexcept;
 
+    /// A copy of the corner.
     XPoint TopLeft() const noexcept;
     XPoint BotRight() const noexcept;
 

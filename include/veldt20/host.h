@@ -11,24 +11,24 @@ struct HINSTANCE__;
 
 /// A point as the platform's window calls know it, horizontal coordinate first.
 struct tagPOINT {
-    std::int32_t x;
-    std::int32_t y;
+    std::int32_t x;  ///< to the right
+    std::int32_t y;  ///< downwards
 };
 
 /// A rectangle as the platform's window calls know it.
 struct tagRECT {
-    std::int32_t left;
-    std::int32_t top;
-    std::int32_t right;
-    std::int32_t bottom;
+    std::int32_t left;    ///< x of the left edge
+    std::int32_t top;     ///< y of the top edge
+    std::int32_t right;   ///< x of the right edge
+    std::int32_t bottom;  ///< y of the bottom edge
 };
 
 /// A rectangle of 16-bit coordinates as the platform's console calls know it.
 struct _SMALL_RECT {
-    std::int16_t Left;
-    std::int16_t Top;
-    std::int16_t Right;
-    std::int16_t Bottom;
+    std::int16_t Left;    ///< x of the left edge
+    std::int16_t Top;     ///< y of the top edge
+    std::int16_t Right;   ///< x of the right edge
+    std::int16_t Bottom;  ///< y of the bottom edge
 };
 
 /// Sets the process's ANSI code page: 1250 to 1258, 874, 932, 936, 949, 950 or 65001. It is 1252

@@ -23,6 +23,7 @@ enum XBlockFamily : std::uint8_t {
     kXBlockFamilies
 };
 
+/// Whether a block is in use, and then whether it is a handle with a lock.
 enum XBlockState : std::uint8_t { kXFree, kXUsed, kXLocked };
 
 /// A page as the walk shows it.
@@ -36,30 +37,33 @@ struct XHeapPage {
 
 /// A block as the walk shows it, free or in use. Blocks come in address order, page by page.
 struct XHeapBlock {
-    const char* data;
+    const char* data;       ///< its first byte, without the header
     std::uint32_t size;     ///< bytes that the block takes, its records included
     std::uint32_t logical;  ///< bytes that were asked for; 0 in a free block
     char** handle;          ///< null for a pointer or a free block
-    XBlockState state;
-    XBlockFamily family;  ///< of a free block: the family that its page serves
+    XBlockState state;      ///< free, in use or locked
+    XBlockFamily family;    ///< of a free block: the family that its page serves
 };
 
+/// The blocks of one family that are in use.
 struct XHeapFamilyFigures {
-    std::uint32_t blocks;
-    std::uint64_t liveBytes;
+    std::uint32_t blocks;     ///< in use
+    std::uint64_t liveBytes;  ///< their logical sizes
 };
 
+/// The heap in figures, at one moment.
 struct XHeapStatistics {
-    XHeapFamilyFigures families[kXBlockFamilies];
-    std::uint64_t liveBytes;          ///< of all families
-    std::uint32_t pages[4];           ///< by kind
-    std::uint64_t committed[4];       ///< bytes, by kind of page
-    std::uint32_t footprint;          ///< bytes
-    std::uint64_t freeBytes;          ///< in free blocks of all pages
-    std::uint32_t freeBlocks[17];     ///< by size: element n counts 2^n to 2^(n+1) - 1 bytes
-    std::uint32_t largestFree;        ///< bytes
-    std::uint32_t pinned;             ///< locked handles in moveable pages
-    std::uint32_t slots, slotsInUse;  ///< handle slots
+    XHeapFamilyFigures families[kXBlockFamilies];  ///< by XBlockFamily
+    std::uint64_t liveBytes;                       ///< of all families
+    std::uint32_t pages[4];                        ///< by kind
+    std::uint64_t committed[4];                    ///< bytes, by kind of page
+    std::uint32_t footprint;                       ///< bytes
+    std::uint64_t freeBytes;                       ///< in free blocks of all pages
+    std::uint32_t freeBlocks[17];  ///< by size: element n counts 2^n to 2^(n+1) - 1 bytes
+    std::uint32_t largestFree;     ///< bytes
+    std::uint32_t pinned;          ///< locked handles in moveable pages
+    std::uint32_t slots;           ///< of handles, in use or not
+    std::uint32_t slotsInUse;      ///< of those, by a handle
 };
 
 /// Fills in `statistics`. Gives 1, or 0 with all of it zero where there is no instance.
@@ -91,9 +95,11 @@ class VELDT20_API XHeapMoment {
 
     /// Takes the moment anew. 1; 0 if memory ran out or there is no instance: then it is empty.
     int Capture();
+    /// The figures of the moment, all zero in an empty one. The moment's own.
     const XHeapStatistics& Statistics() const;
 
     struct Content;
+    /// What the picture is drawn from; null in an empty moment. The moment's own.
     const Content* GetContent() const { return content_; }
 
   private:
@@ -102,12 +108,13 @@ class VELDT20_API XHeapMoment {
 
 /// What happened between two moments. Handles are told apart by the handle, pointers by address.
 struct XHeapDifference {
-    std::uint32_t appeared;    ///< blocks that are new
-    std::uint32_t vanished;    ///< blocks that are gone
-    std::uint32_t moved;       ///< handles whose block has another address
-    std::uint64_t movedBytes;  ///< the logical sizes of those
-    std::uint32_t pagesGained, pagesLost;
-    std::int64_t footprint;  ///< growth in bytes, negative where memory was given back
+    std::uint32_t appeared;     ///< blocks that are new
+    std::uint32_t vanished;     ///< blocks that are gone
+    std::uint32_t moved;        ///< handles whose block has another address
+    std::uint64_t movedBytes;   ///< the logical sizes of those
+    std::uint32_t pagesGained;  ///< pages that are new
+    std::uint32_t pagesLost;    ///< pages that are gone
+    std::int64_t footprint;     ///< growth in bytes, negative where memory was given back
 };
 
 /// Gives 1, or 0 with all of `difference` zero if memory ran out.

@@ -13,11 +13,14 @@
 
 /// Disposes what _XNewPtr gave.
 struct XPtrDeleter {
+    /// Disposes `p`, which is a live pointer.
     void operator()(char* p) const noexcept { XDisposePtr(p); }
 };
 /// Disposes what _XNewHandle gave, locked or not.
 struct XHandleDeleter {
+    /// What the owner holds is the handle itself.
     using pointer = char**;
+    /// Disposes `h`, which is a live handle.
     void operator()(char** h) const noexcept { XDisposeHandle(h); }
 };
 
@@ -32,6 +35,7 @@ using XOwnedHandle = std::unique_ptr<char*, XHandleDeleter>;
 /// reverse order of their beginning, and the handle isn't disposed meanwhile.
 class XHandleLock {
   public:
+    /// Adds a lock to `h`, which must be a live handle.
     explicit XHandleLock(char** h) noexcept : handle_(h), state_(XHGetState(h)) {
         // The highest state stands for any higher count as well, and such a block stays put anyway.
         if (state_ != kHighestState) XHLock(handle_);
@@ -57,6 +61,7 @@ class XHandleLock {
 /// when memory runs out. All objects of the class are equal. It has no lock, as the memory calls.
 class XMemoryResource : public std::pmr::memory_resource {
   protected:
+    /// A new pointer at the alignment asked for.
     void* do_allocate(std::size_t bytes, std::size_t alignment) override {
         if (alignment <= kNatural) return NewPtr(bytes, 0);
         // Room to move up to the next boundary, and below that for the block's own address.
@@ -66,12 +71,14 @@ class XMemoryResource : public std::pmr::memory_resource {
         return aligned;
     }
 
+    /// Disposes what do_allocate gave for the same alignment.
     void do_deallocate(void* p, std::size_t, std::size_t alignment) override {
         char* block = static_cast<char*>(p);
         if (alignment > kNatural) std::memcpy(&block, block - sizeof block, sizeof block);
         XDisposePtr(block);
     }
 
+    /// True for every object of this class.
     bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override {
         return dynamic_cast<const XMemoryResource*>(&other) != nullptr;
     }

@@ -114,31 +114,39 @@ template <class List>
 concept XIntrusiveList =
     std::same_as<List, XIntrusiveSingleList> || std::same_as<List, XIntrusiveDoubleList>;
 
+/// The first value of the list.
 inline auto begin(XSinglePtrList& list) noexcept {
     return XListIterator<XSinglePtrList, XNodeValue>(list, list.GetHeadPosition());
 }
+/// Behind the last value.
 inline auto end(XSinglePtrList& list) noexcept {
     return XListIterator<XSinglePtrList, XNodeValue>(list, nullptr);
 }
+/// The first value of the list, to be read.
 inline auto begin(const XSinglePtrList& list) noexcept {
     return XListIterator<const XSinglePtrList, XConstNodeValue>(list, list.GetHeadPosition());
 }
+/// Behind the last value.
 inline auto end(const XSinglePtrList& list) noexcept {
     return XListIterator<const XSinglePtrList, XConstNodeValue>(list, nullptr);
 }
 // Twice, for the standard's own overloads take the better match where only one stands here.
+/// The address of the first element.
 template <XIntrusiveList List>
 auto begin(const List& list) noexcept {
     return XListIterator<const List, XElementAddress>(list, list.GetHeadPosition());
 }
+/// Behind the last element.
 template <XIntrusiveList List>
 auto end(const List& list) noexcept {
     return XListIterator<const List, XElementAddress>(list, nullptr);
 }
+/// The address of the first element.
 template <XIntrusiveList List>
 auto begin(List& list) noexcept {
     return begin(std::as_const(list));
 }
+/// Behind the last element.
 template <XIntrusiveList List>
 auto end(List& list) noexcept {
     return end(std::as_const(list));
@@ -148,10 +156,14 @@ auto end(List& list) noexcept {
 template <class T, XIntrusiveList List>
 class XElementRange {
   public:
+    /// A view of `list`, which must outlive it.
     explicit constexpr XElementRange(const List& list) noexcept : list_(&list) {}
 
+    /// The first element.
     auto begin() const noexcept { return Iterator(*list_, list_->GetHeadPosition()); }
+    /// Behind the last one.
     auto end() const noexcept { return Iterator(*list_, nullptr); }
+    /// How many there are.
     std::size_t size() const noexcept { return static_cast<std::size_t>(list_->GetCount()); }
 
   private:
@@ -160,6 +172,7 @@ class XElementRange {
     const List* list_;
 };
 
+/// The elements of `list` as `T`; the list must outlive the view.
 template <class T, XIntrusiveList List>
 constexpr XElementRange<T, List> XElements(const List& list) noexcept {
     return XElementRange<T, List>(list);
@@ -228,11 +241,16 @@ class XRecordIterator {
 template <XRecord T>
 class XRecords {
   public:
+    /// A view of `array`, which must outlive it.
     explicit constexpr XRecords(const XHandleArray& array) noexcept : array_(&array) {}
 
+    /// The first record, by its index.
     auto begin() const noexcept { return XRecordIterator<T>(*array_, 0); }
+    /// Behind the last one.
     auto end() const noexcept { return XRecordIterator<T>(*array_, array_->GetNumElements()); }
+    /// How many there are.
     std::size_t size() const noexcept { return static_cast<std::size_t>(array_->GetNumElements()); }
+    /// A reference into the block: good until the next call that may move it.
     T& operator[](std::size_t index) const noexcept {
         return begin()[static_cast<std::ptrdiff_t>(index)];
     }
@@ -245,16 +263,22 @@ class XRecords {
 template <XRecord T>
 class XLockedRecords {
   public:
+    /// Locks `array`, which must outlive the lock.
     explicit XLockedRecords(const XHandleArray& array) noexcept
         : array_(&array), first_(reinterpret_cast<T*>(array.Lock())) {}
     ~XLockedRecords() { array_->Unlock(); }
     XLockedRecords(const XLockedRecords&) = delete;
     XLockedRecords& operator=(const XLockedRecords&) = delete;
 
+    /// The first record.
     T* begin() const noexcept { return first_; }
+    /// Behind the last one.
     T* end() const noexcept { return first_ + array_->GetNumElements(); }
+    /// The first record.
     T* data() const noexcept { return first_; }
+    /// How many there are.
     std::size_t size() const noexcept { return static_cast<std::size_t>(array_->GetNumElements()); }
+    /// `index` is below size().
     T& operator[](std::size_t index) const noexcept { return first_[index]; }
 
   private:

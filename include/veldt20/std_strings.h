@@ -56,6 +56,7 @@ inline std::ostream& operator<<(std::ostream& stream, const XString& text) {
 /// Agrees with ==, which sees the text before the first zero byte.
 template <>
 struct std::hash<XCString> {
+    /// The hash of the text before the first zero byte.
     std::size_t operator()(const XCString& text) const noexcept {
         return std::hash<std::string_view>()(static_cast<const char*>(text));
     }
@@ -64,6 +65,7 @@ struct std::hash<XCString> {
 /// Agrees with ==, which sees all of the text.
 template <int N>
 struct std::hash<XStr<N>> {
+    /// The hash of all of the text.
     std::size_t operator()(const XStr<N>& text) const noexcept {
         return std::hash<std::string_view>()(XStringView(text));
     }
@@ -71,16 +73,20 @@ struct std::hash<XStr<N>> {
 
 // Only where the standard library has <format>; g++ 12 and clang 14 come with one that has not.
 #ifdef __cpp_lib_format
+/// By the format specifications of std::string_view.
 template <>
 struct std::formatter<XCString> : std::formatter<std::string_view> {
+    /// Writes all of the text.
     template <class Context>
     auto format(const XCString& text, Context& context) const {
         return std::formatter<std::string_view>::format(XStringView(text), context);
     }
 };
 
+/// By the format specifications of std::string_view.
 template <int N>
 struct std::formatter<XStr<N>> : std::formatter<std::string_view> {
+    /// Writes all of the text.
     template <class Context>
     auto format(const XStr<N>& text, Context& context) const {
         return std::formatter<std::string_view>::format(XStringView(text), context);

@@ -15,6 +15,7 @@ class XCString;
 
 /// Makes the string empty.
 VELDT20_API void XPascalStrInit(unsigned char* text);
+/// The number of characters.
 VELDT20_API unsigned char XPascalStrLen(const unsigned char* text);
 /// 1 or 0.
 VELDT20_API unsigned char XPascalStrIsEmpty(const unsigned char* text);
@@ -24,6 +25,7 @@ VELDT20_API std::uint32_t XPascalSetRange(int first, int last, int base);
 
 // Copying. Each returns `to`.
 
+/// The whole string.
 VELDT20_API unsigned char* XPascalStrCpy(unsigned char* to, const unsigned char* from);
 /// At most `limit` characters, 0 to 255, of a terminated text, whose length counts modulo 65536.
 VELDT20_API unsigned char* XPascalStrCpy(unsigned char* to, const char* from, int limit);
@@ -44,9 +46,10 @@ VELDT20_API const unsigned char* XPascalStrRScan(const unsigned char* text, unsi
 VELDT20_API unsigned char XPascalStrReplace(unsigned char* text, unsigned char from,
                                             unsigned char to);
 
-// Comparing, as unsigned bytes: the difference of the first two that differ, a's minus b's, and
-// between a text and its beginning the difference of the lengths.
+// Comparing.
 
+/// As unsigned bytes: the difference of the first two that differ, a's minus b's, and between a
+/// text and its beginning the difference of the lengths.
 VELDT20_API int XPascalStrCmp(const unsigned char* a, const unsigned char* b);
 VELDT20_API int XPascalStrCmp(const char* a, const unsigned char* b);
 VELDT20_API int XPascalStrCmp(const unsigned char* a, const char* b);

@@ -53,10 +53,13 @@ class VELDT20_API XCString {
 
     /// The terminated text. It is valid until the string is written.
     operator const char*() const;
+    /// The number of bytes, zero bytes included, the terminator not.
     int GetLength() const;
     /// The characters that the present buffer has room for.
     int GetAllocLength() const;
+    /// 1 if the length is 0, else 0.
     int IsEmpty() const;
+    /// The byte at `index`, 0 to GetLength().
     char operator[](int index) const;
     char GetAt(int index) const;
 
@@ -135,6 +138,7 @@ class VELDT20_API XCString {
   protected:
     /// The empty string, without a look at the buffer so far.
     void Init();
+    /// The header of the buffer.
     XCStringData* GetData() const;
     /// A buffer of `length` characters, unset but for the terminator; 0 gives the shared empty one.
     /// The buffer so far is not released.
@@ -142,10 +146,12 @@ class VELDT20_API XCString {
     /// `target`, whose buffer is not released, gets `copyLength` characters of this string from
     /// `copyIndex` on and `extraLength` unset ones.
     void AllocCopy(XCString& target, int copyLength, int copyIndex, int extraLength) const;
+    /// Makes the text the `length` bytes at `source`, which may lie in this string.
     void AssignCopy(int length, const char* source);
     /// A buffer with both texts, one behind the other; the buffer so far is not released. Nothing
     /// changes if both are empty.
     void ConcatCopy(int length1, const char* source1, int length2, const char* source2);
+    /// Appends `length` bytes, in place where they fit and the buffer isn't shared.
     void ConcatInPlace(int length, const char* source);
     /// Makes a shared buffer private, text and all.
     void CopyBeforeWrite();
@@ -153,6 +159,7 @@ class VELDT20_API XCString {
     void AllocBeforeWrite(int length);
     /// Gives up the buffer: the string is empty.
     void Release();
+    /// Takes one owner off the buffer, and frees it with the last.
     static void Release(XCStringData* data);
     /// 0 for null.
     static int SafeStrlen(const char* text);
@@ -168,7 +175,7 @@ VELDT20_API const XCString& XGetEmptyString();
 /// Frees what AllocSysString gave; null is allowed.
 VELDT20_API void XSysFreeString(unsigned short* string);
 
-// Each is one Compare: signed bytes, up to the first zero byte. They give 1 or 0.
+/// Each is one Compare: signed bytes, up to the first zero byte. They give 1 or 0.
 VELDT20_API int operator==(const XCString& a, const XCString& b);
 VELDT20_API int operator==(const XCString& a, const char* b);
 VELDT20_API int operator==(const char* a, const XCString& b);

@@ -27,7 +27,9 @@ class VELDT20_API XString {
     /// The length-prefixed string.
     unsigned char* GetPStr();
     const unsigned char* GetPStr() const;
+    /// The number of characters, by byte 0.
     int GetLength() const;
+    /// 1 if the length is 0, else 0.
     int IsEmpty() const;
 
     /// After the characters were written as terminated text: sets the length, modulo 256.
@@ -47,6 +49,7 @@ class VELDT20_API XString {
     /// The index, counted from 0, of the first or last occurrence, or -1.
     int IndexOfChar(unsigned char c) const;
     int RightIndexOfChar(unsigned char c) const;
+    /// Overwrites every `oldCharacter`.
     void ReplaceChar(unsigned char oldCharacter, unsigned char newCharacter);
     /// Removes the first occurrence. Gives 1, or 0 if there is none.
     int StripChar(unsigned char c);
@@ -58,12 +61,14 @@ class VELDT20_API XString {
   protected:
     /// Empty. What derives from this class has at least two bytes.
     XString();
+    /// For XStr<N>: by itself this class copies nothing.
     XString(const XString&) = default;
     XString& operator=(const XString&) = default;
 
     // The workers of XStr<N>, which hands them its capacity, at most 255. Lengths are 0 or above,
     // and any source may lie within the string itself.
 
+    /// Makes the text the `length` bytes at `source`, or appends them, cut to what fits.
     void DoStrCopy(const unsigned char* source, int length, int capacity);
     void DoStrAppend(const unsigned char* source, int length, int capacity);
     /// The source ends at its first zero byte, or after `length` bytes.
@@ -96,16 +101,21 @@ class XStr : public XString {
     XStr(const char* text) { *this = text; }
     /// From a length-prefixed string.
     XStr(const unsigned char* source) { *this = source; }
+    /// The first `length` bytes of `source`, zero bytes included.
     XStr(const char* source, int length) { Assign(source, length); }
     XStr(const unsigned char* source, int length) { Assign(source, length); }
+    /// What the assignment of the same source does.
     XStr(const XString& other) { *this = other; }
     explicit XStr(std::string_view text) { *this = text; }
 
+    /// Takes the text, cut to the capacity. A null text is an empty one, and the source may be part
+    /// of this string.
     XStr& operator=(const char* text) { return *this = View(text); }
     XStr& operator=(const unsigned char* source) { return Assign(source + 1, source[0]); }
     XStr& operator=(const XString& other) { return Assign(other.GetPStr() + 1, other.GetLength()); }
     XStr& operator=(std::string_view text) { return Assign(text.data(), Clip(text.size())); }
 
+    /// Appends what fits. The source may be part of this string.
     XStr& operator+=(char c) { return Append(&c, 1); }
     XStr& operator+=(const char* text) { return *this += View(text); }
     XStr& operator+=(const unsigned char* source) { return Append(source + 1, source[0]); }
@@ -120,6 +130,7 @@ class XStr : public XString {
         return *this;
     }
     XStr& Assign(const char* source, int length) { return Assign(Bytes(source), length); }
+    /// Appends the first `length` bytes of `source`, zero bytes included.
     XStr& Append(const unsigned char* source, int length) {
         DoStrAppend(source, length, N);
         return *this;
@@ -138,17 +149,23 @@ class XStr : public XString {
         return *this;
     }
 
+    /// Makes the string empty.
     void Clear() { Truncate(0); }
+    /// N.
     static constexpr int GetCapacity() { return N; }
+    /// 1 if another character would be dropped, else 0.
     int IsFull() const { return GetLength() == N; }
 
     /// `index` is 0 to GetLength() - 1.
     char& operator[](int index) { return GetCStr()[index]; }
     char operator[](int index) const { return GetCStr()[index]; }
+    /// The characters, without the terminator, to be written as long as none is added.
     char* begin() { return GetCStr(); }
     char* end() { return GetCStr() + GetLength(); }
+    /// The characters, without the terminator.
     const char* begin() const { return GetCStr(); }
     const char* end() const { return GetCStr() + GetLength(); }
+    /// All of the text; valid until the string is written or ends.
     operator std::string_view() const { return {GetCStr(), static_cast<std::size_t>(GetLength())}; }
 
   private:
@@ -164,7 +181,7 @@ class XStr : public XString {
     unsigned char storage_[N + 2];
 };
 
-// Exact comparison, of all characters on both sides. They give 1 or 0.
+/// Exact comparison, of all characters on both sides. They give 1 or 0.
 VELDT20_API int operator==(const XString& a, const XString& b);
 VELDT20_API int operator==(const XString& a, const char* b);
 VELDT20_API int operator==(const char* a, const XString& b);

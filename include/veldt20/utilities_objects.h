@@ -15,6 +15,7 @@
 /// keeps the mark of an unshareable object; heeding it is for the derived class and its users.
 class VELDT20_API XRCObject {
   public:
+    /// Adds one owner.
     void AddReference();
     /// Takes one owner away. From 1 to 0 it deletes the object; on an object that has no owner it
     /// gives a count of -1 and deletes nothing.
@@ -42,6 +43,7 @@ class VELDT20_API XRCObject {
 /// Counts up and down from 0. Copies count on by themselves.
 class VELDT20_API XCounter {
   public:
+    /// Begins at 0.
     XCounter();
 
     /// Both give the new value.

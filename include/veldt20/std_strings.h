@@ -73,7 +73,7 @@ struct std::hash<XStr<N>> {
 
 // Only where the standard library has <format>; g++ 12 and clang 14 come with one that has not.
 #ifdef __cpp_lib_format
-/// By the format specifications of std::string_view.
+/// With the format options of std::string_view.
 template <>
 struct std::formatter<XCString> : std::formatter<std::string_view> {
     /// Writes all of the text.
@@ -83,7 +83,7 @@ struct std::formatter<XCString> : std::formatter<std::string_view> {
     }
 };
 
-/// By the format specifications of std::string_view.
+/// With the format options of std::string_view.
 template <int N>
 struct std::formatter<XStr<N>> : std::formatter<std::string_view> {
     /// Writes all of the text.

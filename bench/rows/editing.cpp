@@ -1,4 +1,5 @@
-// __XMunger on a handle beside std::string.
+// __XMunger: searching a handle beside memmem and std::string, and editing one beside std::string.
+#include <cstring>
 #include <memory>
 
 #include "rows/ways.h"
@@ -8,7 +9,9 @@ namespace veldt::bench {
 
 namespace {
 
-constexpr double kSameSpeed = 1.2;  // of memmem's kin on text
+constexpr double kOnText = 1.2;
+constexpr int kSearches = 40;
+constexpr std::size_t kText = 65536;  // that is searched
 
 /// Words of the letters of English, the commoner ones more often.
 std::string Text(std::size_t length) {
@@ -28,32 +31,41 @@ char** HandleOf(const std::string& text) {
     return h;
 }
 
-Row SearchRow(std::size_t length, const std::string& pattern) {
-    const std::string text = Text(length);
-    const int times = static_cast<int>(20'000'000 / length);
-    const auto ours = [=]() -> Round {
+/// Times `find(text, pattern)`, whose result is looked at.
+template <class Find>
+Setup TimedSearch(const std::string& text, const std::string& pattern, Find find) {
+    return [=]() -> Round {
+        return [=] {
+            return NanosecondsOf(kSearches, [&] {
+                Touch(text.data());
+                const auto place = find(text, pattern);
+                Touch(&place);
+            });
+        };
+    };
+}
+
+Setup SearchingHandle(const std::string& text, const std::string& pattern) {
+    return [=]() -> Round {
         char** h = HandleOf(text);
-        return [=] {
-            return NanosecondsOf(times, [&] {
-                const std::int32_t place = __XMunger(
-                    h, 0, pattern.data(), static_cast<std::int32_t>(pattern.size()), nullptr, 0);
-                Touch(&place);
-            });
-        };
+        return TimedSearch(text, pattern, [h](const std::string&, const std::string& sought) {
+            return __XMunger(h, 0, sought.data(), static_cast<std::int32_t>(sought.size()), nullptr,
+                             0);
+        })();
     };
-    const auto theirs = [=]() -> Round {
-        return [=] {
-            return NanosecondsOf(times, [&] {
-                Touch(&text);
-                const std::size_t place = text.find(pattern);
-                Touch(&place);
-            });
-        };
-    };
-    return {"search of " + std::to_string(length) + " bytes for " + std::to_string(pattern.size()) +
-                " that aren't there",
-            {kSameSpeed},
-            {ours, theirs}};
+}
+
+Row SearchRow(const std::string& name, const std::string& text, const std::string& pattern) {
+    return {name,
+            {kOnText},
+            {SearchingHandle(text, pattern),
+             TimedSearch(text, pattern,
+                         [](const std::string& in, const std::string& sought) {
+                             return memmem(in.data(), in.size(), sought.data(), sought.size());
+                         }),
+             TimedSearch(text, pattern, [](const std::string& in, const std::string& sought) {
+                 return in.find(sought);
+             })}};
 }
 
 /// Replaces bytes in the middle and puts the former ones back.
@@ -89,13 +101,37 @@ Row ReplacementRow(std::size_t length, const std::string& former, const std::str
 
 }  // namespace
 
+Section Searching() {
+    Section section{
+        "Searching a handle",
+        "__XMunger looks for bytes that aren't there in 64 KB of letters as frequent as "
+        "in English, or of one letter.",
+        {{"__XMunger", ""}, {"memmem", ""}, {"std::string::find", ""}},
+        {}};
+    const std::string text = Text(kText);
+    for (const std::size_t length : {2U, 4U, 8U, 16U, 64U, 1000U}) {
+        const std::string size = std::to_string(length) + " bytes, ";
+        section.rows.push_back(
+            SearchRow(size + "the last one differs", text, text.substr(3000, length - 1) + '!'));
+        section.rows.push_back(
+            SearchRow(size + "the first one differs", text, '!' + text.substr(3000, length - 1)));
+    }
+    const std::string same(kText, 'a');
+    const std::string half(kText / 2, 'a');
+    section.rows.push_back(SearchRow("a...ab in a...a", same, half + 'b'));
+    section.rows.push_back(SearchRow("ba...a in a...a", same, 'b' + half));
+    for (Row& row : section.rows) {
+        row.rounds = 9;
+    }
+    return section;
+}
+
 Section Editing() {
-    return {"__XMunger",
-            "On a handle, beside find and replace of std::string.",
-            {{"__XMunger", ""}, {"std::string", ""}},
-            {SearchRow(1000, "qz"), SearchRow(1000, "the rest of it!!"), SearchRow(65536, "qz"),
-             SearchRow(65536, "the rest of it!!"), ReplacementRow(1000, "four", "five"),
-             ReplacementRow(1000, "four", "twelve"), ReplacementRow(65536, "four", "twelve")}};
+    return {"Editing a handle",
+            "__XMunger replaces bytes in the middle, and puts the former ones back.",
+            {{"__XMunger", ""}, {"std::string::replace", ""}},
+            {ReplacementRow(1000, "four", "five"), ReplacementRow(1000, "four", "twelve"),
+             ReplacementRow(kText, "four", "twelve")}};
 }
 
 }  // namespace veldt::bench

@@ -54,6 +54,7 @@ Section Fragmentation();
 Section Compaction();
 Section Locking();
 Section Strings();
+Section Searching();
 Section Editing();
 Section Bytes();
 Section FixedPoint();

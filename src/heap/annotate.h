@@ -53,8 +53,6 @@ struct [[maybe_unused]] Exempt {
     Exempt& operator=(const Exempt&) = delete;
 };
 
-#if VELDT20_ANNOTATE
-
 /// What a program may do with memory.
 enum class Access {
     kNone,
@@ -101,7 +99,5 @@ inline std::size_t AccessibleSize([[maybe_unused]] const char* from, std::size_t
 #endif
     return size;
 }
-
-#endif
 
 }  // namespace veldt::heap

@@ -1,5 +1,6 @@
 #include "heap/block_life.h"
 
+#include "heap/pools.h"
 #include "heap/regions.h"
 #include "heap/variable_blocks.h"
 
@@ -9,32 +10,11 @@ namespace veldt::heap {
 
 namespace {
 
-#if !VELDT20_ANNOTATE
-enum class Access { kNone, kWritten, kFresh };
-void SetAccess(const char*, std::size_t, Access) {}
-std::size_t AccessibleSize(const char*, std::size_t size) {
-    return size;
-}
-#endif
-
-/// Usable bytes of a block in use.
-std::uint32_t Usable(char* data) {
-    const HeapPage* page = PageBase(data);
-    switch (KindOf(page)) {
-        case kKindFixed:
-            return page->pool->fixedSize;
-        case kKindLarge:
-            return RegionSize(page) - kPageHeader;
-        default:
-            return DataSize(HeaderOfData(data));
-    }
-}
-
 /// Bytes up to the data of whatever follows: what the sanitizer, which thinks in whole words, can
 /// close behind the last byte in use.
 std::uint32_t Extent(char* data) {
     const bool tiled = (KindOf(PageBase(data)) & ~unsigned{kKindRelocatable}) == kKindVariable;
-    return tiled ? UsedSize(HeaderOfData(data)) : Usable(data);
+    return tiled ? UsedSize(HeaderOfData(data)) : UsableSize(data);
 }
 
 void Fill(char* data, std::size_t size, int byte) {
@@ -46,13 +26,13 @@ void Fill(char* data, std::size_t size, int byte) {
 /// Gives the program a block from an offset on. What stands behind it was written by the heap.
 void OpenFrom(char* data, std::uint32_t from) {
     SetAccess(data + from, Extent(data) - from, Access::kWritten);
-    SetAccess(data + from, Usable(data) - from, Access::kFresh);
+    SetAccess(data + from, UsableSize(data) - from, Access::kFresh);
 }
 
 /// Ends the program's use of a block.
 void Close(char* data, int fill) {
-    SetAccess(data, Usable(data), Access::kWritten);
-    Fill(data, Usable(data), fill);
+    SetAccess(data, UsableSize(data), Access::kWritten);
+    Fill(data, UsableSize(data), fill);
     SetAccess(data, Extent(data), Access::kNone);
 }
 
@@ -88,7 +68,7 @@ void BlockBorn(char* data, std::uint32_t flags) {
         return;  // the region came zeroed
     }
     OpenFrom(data, 0);
-    Fill(data, Usable(data), kFreshFill);
+    Fill(data, UsableSize(data), kFreshFill);
     OpenFrom(data, 0);
 }
 
@@ -109,19 +89,19 @@ void BlockHolds(char* data, std::uint32_t logical) {
 }
 
 HeldBytes BlockOpens(char* data) {
-    const HeldBytes held = AccessibleSize(data, Usable(data));
+    const HeldBytes held = AccessibleSize(data, UsableSize(data));
     SetAccess(data + held, Extent(data) - held, Access::kWritten);
     return held;
 }
 
 void BlockCloses(char* data, HeldBytes held) {
-    if (held < Usable(data)) {
+    if (held < UsableSize(data)) {
         SetAccess(data + held, Extent(data) - held, Access::kNone);
     }
 }
 
 void BlockResized(char* data, std::uint32_t former) {
-    const std::uint32_t usable = Usable(data);
+    const std::uint32_t usable = UsableSize(data);
     if (usable < former) {
         SetAccess(data + Extent(data), former - usable, Access::kNone);
     } else {

@@ -4,14 +4,13 @@
 //
 // Reads the text, carries out the edits, writes the text back. The edits are lines:
 //     find TEXT
-//     insert LINE-NUMBER, or replace TEXT, and below it: with TEXT
+//     insert TEXT (before this one) or replace TEXT, and below it: with TEXT
 // where | stands for an end of line.
 #include <veldt20/std.h>
 #include <veldt20/veldt20.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <string_view>
@@ -45,9 +44,9 @@ class TextBuffer {
 
     int Size() const { return XGetHandleSize(Get()); }
 
-    /// The place of `text` at or behind `from`, or -1.
-    int Find(std::string_view text, int from = 0) const {
-        return __XMunger(Get(), from, text.data(), Length(text), nullptr, 0);
+    /// The first place of `text`, or -1.
+    int Find(std::string_view text) const {
+        return __XMunger(Get(), 0, text.data(), Length(text), nullptr, 0);
     }
 
     bool Insert(int at, std::string_view text) {
@@ -62,17 +61,6 @@ class TextBuffer {
             at = __XMunger(Get(), at, text.data(), Length(text), by.data(), Length(by));
             if (at < 0) return places;
         }
-    }
-
-    /// Where line `number` begins, counted from 1; the end of the text if there are fewer.
-    int LineStart(int number) const {
-        int at = 0;
-        for (int line = 1; line < number; ++line) {
-            const int end = Find("\n", at);
-            if (end < 0) return Size();
-            at = end + 1;
-        }
-        return at;
     }
 
   private:
@@ -101,8 +89,8 @@ void Edit(TextBuffer& buffer, std::istream& edits) {
         edits >> with;
         const std::string by = ReadText(edits);
         if (command == "insert") {
-            const int line = buffer.LineStart(std::atoi(text.c_str()));
-            std::printf("inserted at %d%s\n", line, buffer.Insert(line, by) ? "" : ": no memory");
+            const int at = buffer.Find(text);
+            std::printf("inserted at %d%s\n", at, buffer.Insert(at, by) ? "" : ": failed");
         } else {
             std::printf("replaced in %d places\n", buffer.ReplaceAll(text, by));
         }

@@ -116,7 +116,7 @@ Row WritingRow(const char* name, Writer ours, Sample sample, std::int16_t digits
     };
     return {std::string(name) + ", " + std::to_string(digits) + " digits, " +
                 kSampleNames[static_cast<int>(sample)],
-            {digits == 15 ? kWritingBound : 0},
+            {kWritingBound},
             {way(ours), way(Print), way(ToChars)}};
 }
 

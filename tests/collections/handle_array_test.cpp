@@ -47,6 +47,7 @@ TEST_F(HandleArray, RoomFollowsTheNeedWithASlack) {
     EXPECT_EQ(array.Capacity(), 10);
 
     ASSERT_EQ(array.Preflight(100), 1);
+    EXPECT_EQ(array.Preflight(-1), 1);
     EXPECT_EQ(array.GetNumElements(), 0);
     const char* const block = array.Lock();
     for (int i = 0; i < 100; ++i) {

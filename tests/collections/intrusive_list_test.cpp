@@ -59,6 +59,11 @@ TEST(IntrusiveLists, OuterLinksOfADoubleListAreNeitherWrittenNorBelieved) {
     EXPECT_EQ(a.nextA, &stale);
     EXPECT_EQ(list.RemoveTail(), &a);
     EXPECT_EQ(b.nextA, nullptr);
+    a.nextA = &stale;
+    list.AddTail(&a);
+    EXPECT_EQ(list.RemoveAt(At(&a)), &a);
+    EXPECT_EQ(list.GetTail(), &b);
+    EXPECT_EQ(stale.prevA, nullptr);
 }
 
 TEST(IntrusiveLists, ForgetElementsAsTheyAre) {

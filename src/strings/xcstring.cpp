@@ -40,7 +40,8 @@ XCString::XCString(const XCString& source) : characters_(source.characters_) {
         return;
     }
     Init();
-    if (data->length != 0) strings::AssignText(*this, source.characters_);
+    // The owner of a lock may have written on past the length that was last set.
+    if (!strings::IsEmptyBuffer(data)) strings::AssignText(*this, source.characters_);
 }
 
 XCString::XCString(const char* source, int count) {

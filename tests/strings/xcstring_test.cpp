@@ -3,6 +3,7 @@
 #include <veldt20/strings.h>
 
 #include <climits>
+#include <cstring>
 #include <new>
 #include <string>
 
@@ -59,6 +60,14 @@ TEST(XCString, OrdersBySignedBytes) {
         EXPECT_TRUE(OperatorsAgree(c.a.c_str(), b, c.exact));
     }
     EXPECT_EQ(XCString("a\0b", 3) == XCString("a\0c", 3), 1);
+}
+
+// The length is set when the writing ends; the copy goes by the terminator.
+TEST(XCString, ACopyOfALockedOneHasWhatWasWrittenSoFar) {
+    XCString s;
+    s.GetBuffer(8);
+    std::strcpy(s.LockBuffer(), "abc");
+    EXPECT_STREQ(XCString(s), "abc");
 }
 
 TEST(XCString, NoLengthIsBeyond31Bits) {

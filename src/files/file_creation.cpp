@@ -20,17 +20,18 @@ int XFile::CreateAtPath() {
     return TakeLastError();
 }
 
-// A fresh name can be taken by somebody else before the file is made; then another is tried.
+// A fresh name can be taken by somebody else before the file is made; then another is tried, and
+// the object lets go of the taken one first, for that file isn't its own.
 int XFile::CreateTemporary() {
     constexpr int kAttempts = 16;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         SetupTemporaryFile();
         kind = kTemporaryFile;
         if (CreateAtPath() != 0) return 1;
+        kind = kOrdinaryFile;
+        spec.GetNativeFileSpec().Empty();
         if (error != ErrorExists) break;
     }
-    kind = kOrdinaryFile;
-    spec.GetNativeFileSpec().Empty();
     return 0;
 }
 

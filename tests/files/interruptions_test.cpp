@@ -1,10 +1,14 @@
 // Signals, short counts and faults in the kernel's calls, and file systems without locks.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <new>
+#include <vector>
 
 #include "files/scratch.h"
 #include "files/system_calls.h"
+#include "support/refusing_new.h"
 #include "support/seed.h"
 
 namespace veldt::tests {
@@ -74,20 +78,6 @@ TEST_F(Interruptions, FaultsKeepWhatMovedBeforeThem) {
     ExpectFailure(file_, file_.SetEOF(0, 0), XFile::ErrorWriteFault);
 }
 
-TEST_F(Interruptions, EachRefusalToOpenHasItsNumber) {
-    const std::pair<int, platform::DWORD> cases[] = {
-        {EILSEQ, 123}, {EINVAL, 123},  {EMFILE, 4},     {ENFILE, 4}, {ENOMEM, 8},
-        {EPERM, 5},    {EROFS, 19},    {ETXTBSY, 32},   {EBUSY, 32}, {EWOULDBLOCK, 32},
-        {ENXIO, 20},   {ENODEV, 20},   {ENOMEDIUM, 21}, {EIO, 1117}, {EDQUOT, 112},
-        {ENOSPC, 112}, {ESTALE, 1006}, {ENOTUNIQ, 31},
-    };
-    for (const auto& [code, number] : cases) {
-        scripted.openings = {code};
-        EXPECT_EQ(other_.Open(XFile::PermissionRead), 0);
-        EXPECT_EQ(platform::GetLastError(), number) << code;
-    }
-}
-
 // Where the kernel has no locks, the handles of one process still keep one another out.
 TEST_F(Interruptions, SharingHoldsInOneProcessWithoutLocks) {
     file_.Close();
@@ -132,6 +122,35 @@ TEST_F(Interruptions, OpeningAndDeletingFindTheFileThatHasTheNameNow) {
     // away from the creation.
     scripted.locks = {EWOULDBLOCK};
     EXPECT_EQ(file_.Create(), 1);
+}
+
+// A temporary name that somebody else took first is let go of, for the file isn't the object's own.
+TEST_F(Interruptions, TakenTemporaryNamesAreLeftAlone) {
+    XFile temporary = FileAt("");
+    scripted.openings = {EEXIST};
+    {
+        const RefusedNew refusal(2);
+        EXPECT_THROW(temporary.Create(), std::bad_alloc);
+    }
+    EXPECT_EQ(temporary.IsTemporary(), 0);
+    EXPECT_STREQ(temporary.GetPlatformSpec()->GetNativeFileSpec(), "");
+    scripted.openings = {EEXIST, EEXIST};
+    EXPECT_EQ(temporary.Create(), 1);
+    EXPECT_EQ(temporary.Delete(), 1);
+}
+
+TEST_F(Interruptions, ACreationWithoutMemoryLeavesNoFile) {
+    // Up to the first descriptor for which the library needs memory.
+    std::vector<int> taken = {dup(0)};
+    while (taken.back() < 255) taken.push_back(dup(taken[0]));
+    XFile fresh = FileAt(scratch_.Path("fresh"));
+    {
+        const RefusedNew refusal(1);
+        ExpectFailure(fresh, fresh.Create(), XFile::ErrorOther);
+        EXPECT_TRUE(refusal.Happened());
+    }
+    EXPECT_EQ(fresh.Exists(), 0);
+    for (const int descriptor : taken) close(descriptor);
 }
 
 }  // namespace veldt::tests

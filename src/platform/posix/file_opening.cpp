@@ -93,6 +93,10 @@ DWORD TryOpen(const KernelPath& path, DWORD access, DWORD share, OpenFile*& file
     return 0;
 }
 
+DWORD Unlink(const KernelPath& path) {
+    return unlink(path.text) == 0 ? 0 : PathError(path, errno);
+}
+
 // A new file can be opened by somebody else before its creator has locked it. The creation still
 // stands, and of several who try just one succeeds; so the creator does without the lock then.
 DWORD CreateNew(const KernelPath& path, DWORD access, DWORD share, OpenFile*& file) {
@@ -101,9 +105,13 @@ DWORD CreateNew(const KernelPath& path, DWORD access, DWORD share, OpenFile*& fi
     Descriptor created(Uninterrupted([&] { return open(path.text, flags, kMode); }));
     if (created.Number() == -1) return PathError(path, errno);
     struct stat status;
-    if (fstat(created.Number(), &status) != 0) return ErrorFromErrno(errno, Attempt::kPath);
-    const DWORD error = MakeOpenFile(created.Number(), access, share, status, file);
-    if (error != 0) return error;
+    DWORD error = fstat(created.Number(), &status) == 0 ? 0 : PathError(path, errno);
+    if (error == 0) error = MakeOpenFile(created.Number(), access, share, status, file);
+    if (error != 0) {
+        // A creation that failed leaves no file behind.
+        Unlink(path);
+        return error;
+    }
     TakeShare(*file);
     created.Release();
     return 0;
@@ -115,10 +123,6 @@ int OpenToLock(const KernelPath& path) {
     const int readable = Uninterrupted([&] { return open(path.text, O_RDONLY | flags); });
     if (readable != -1 || errno != EACCES) return readable;
     return Uninterrupted([&] { return open(path.text, O_WRONLY | flags); });
-}
-
-DWORD Unlink(const KernelPath& path) {
-    return unlink(path.text) == 0 ? 0 : PathError(path, errno);
 }
 
 // One round of deleting. While the lock is held nobody can get a handle of the file, and whoever

@@ -8,11 +8,6 @@
 
 namespace {
 
-struct Element {
-    void* next = nullptr;
-    void* previous = nullptr;
-};
-
 class Numbers : public XDynArrayImp {
   public:
     Numbers() : XDynArrayImp(2, sizeof(int), 4) {}
@@ -41,19 +36,6 @@ int IsWanted(std::int32_t index, std::int32_t&, void* data, void*) {
 class OpenPointerList : public XSinglePtrList {
   public:
     using XSinglePtrList::SplitAfter;
-};
-
-class OpenSingleList : public XIntrusiveSingleList {
-  public:
-    using XIntrusiveSingleList::GetNextPtr;
-    using XIntrusiveSingleList::XIntrusiveSingleList;
-};
-
-class OpenDoubleList : public XIntrusiveDoubleList {
-  public:
-    using XIntrusiveDoubleList::GetNextPtr;
-    using XIntrusiveDoubleList::GetPrevPtr;
-    using XIntrusiveDoubleList::XIntrusiveDoubleList;
 };
 
 TEST(GrowableArray, HoldsElementsThatADerivedClassKnows) {
@@ -141,80 +123,33 @@ TEST(PointerList, AssignmentShares) {
     EXPECT_EQ(shared->GetHeadPosition(), list.GetHeadPosition());
 }
 
-TEST(IntrusiveSingleList, ChainsElements) {
-    Element elements[3];
-    OpenSingleList list(0);
-    list.Construct(offsetof(Element, next));
-    EXPECT_EQ(list.IsEmpty(), 1);
-    __XPOSITION* const first = list.AddHead(&elements[0]);
-    __XPOSITION* const second = list.InsertAfter(first, &elements[1]);
-    EXPECT_EQ(list.GetCount(), 2);
-    EXPECT_EQ(list.GetHead(), &elements[0]);
-    EXPECT_EQ(list.GetHeadPosition(), first);
-    EXPECT_EQ(list.GetAt(second), &elements[1]);
-    EXPECT_EQ(list.Find(&elements[1], nullptr), second);
-    EXPECT_EQ(list.FindIndex(1), second);
-    EXPECT_EQ(*list.GetNextPtr(&elements[0]), &elements[1]);
-    __XPOSITION* place = first;
-    EXPECT_EQ(list.GetNext(place), &elements[0]);
-    EXPECT_EQ(place, second);
+// The links inside the elements, for derived lists.
+template <class List>
+struct OpenList : List {
+    using List::GetNextPtr;
+    using List::List;
+};
 
-    XIntrusiveSingleList copy(list);
-    EXPECT_EQ(copy.GetHead(), &elements[0]);
-    copy = list;
-    EXPECT_EQ(list.RemoveAt(second), &elements[1]);
-    EXPECT_EQ(list.RemoveHead(), &elements[0]);
-    list.AddHead(&elements[2]);
-    list.RemoveAll();
-    EXPECT_EQ(list.GetCount(), 0);
-}
+struct OpenDoubleList : OpenList<XIntrusiveDoubleList> {
+    using OpenList::GetPrevPtr;
+    using OpenList::OpenList;
+};
 
-TEST(IntrusiveDoubleList, ChainsElementsBothWays) {
-    Element elements[4];
-    OpenDoubleList list(offsetof(Element, next), offsetof(Element, previous));
-    EXPECT_EQ(list.IsEmpty(), 1);
-    __XPOSITION* const first = list.AddHead(&elements[1]);
-    __XPOSITION* const last = list.AddTail(&elements[2]);
-    list.InsertBefore(first, &elements[0]);
-    list.InsertAfter(last, &elements[3]);
-    EXPECT_EQ(list.GetCount(), 4);
-    EXPECT_EQ(list.GetHead(), &elements[0]);
-    EXPECT_EQ(list.GetTail(), &elements[3]);
-    EXPECT_EQ(list.GetAt(list.GetHeadPosition()), &elements[0]);
-    EXPECT_EQ(list.Find(&elements[2], nullptr), last);
-    EXPECT_EQ(list.FindIndex(2), last);
+TEST(IntrusiveLists, ShowDerivedListsTheLinks) {
+    struct {
+        void* next;
+        void* previous;
+    } elements[2];
+    OpenList<XIntrusiveSingleList> chain(0);
+    chain.InsertAfter(chain.AddHead(&elements[0]), &elements[1]);
+    EXPECT_EQ(*chain.GetNextPtr(&elements[0]), &elements[1]);
+    chain.RemoveAll();
+    OpenDoubleList list(0, sizeof(void*));
+    list.AddHead(&elements[0]);
+    list.AddTail(&elements[1]);
     EXPECT_EQ(*list.GetNextPtr(&elements[0]), &elements[1]);
     EXPECT_EQ(*list.GetPrevPtr(&elements[1]), &elements[0]);
-    __XPOSITION* place = list.GetTailPosition();
-    EXPECT_EQ(list.GetPrev(place), &elements[3]);
-    EXPECT_EQ(list.GetNext(place), &elements[2]);
-
-    XIntrusiveDoubleList copy(list);
-    EXPECT_EQ(copy.GetTail(), &elements[3]);
-    copy = list;
-    EXPECT_EQ(list.RemoveTail(), &elements[3]);
-    EXPECT_EQ(list.RemoveHead(), &elements[0]);
-    EXPECT_EQ(list.RemoveAt(last), &elements[2]);
     list.RemoveAll();
-    EXPECT_EQ(list.IsEmpty(), 1);
-}
-
-TEST(HandleArray, KeepsRecordsInAHandle) {
-    ASSERT_EQ(XMemInitInstance(), 1);
-    {
-        XHandleArray array(2, 4);
-        ASSERT_EQ(array.IHandleArray(), 1);
-        EXPECT_EQ(array.Preflight(3), 1);
-        EXPECT_EQ(array.Grow(2), 1);
-        EXPECT_EQ(array.Shift(1, 1), 1);
-        EXPECT_EQ(array.GetNumElements(), 3);
-        EXPECT_EQ(array.Lock(), array.GetArrayPtr());
-        EXPECT_EQ(*array.GetArrayHandle(), array.GetArrayPtr());
-        array.Unlock();
-        array.DeleteAll();
-        EXPECT_EQ(array.GetNumElements(), 0);
-    }
-    XMemExitInstance();
 }
 
 }  // namespace

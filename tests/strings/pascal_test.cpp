@@ -27,7 +27,11 @@ struct Pascal {
 
 TEST(Pascal, CopiesAndAppendsWhatFits) {
     Pascal to;
+    XPascalStrInit(to);
+    EXPECT_EQ(XPascalStrIsEmpty(to), 1);
     EXPECT_EQ(XPascalStrCpy(to, Pascal(std::string("a\0b", 3))), to.bytes);
+    EXPECT_EQ(XPascalStrLen(to), 3);
+    EXPECT_EQ(XPascalStrIsEmpty(to), 0);
     EXPECT_EQ(to.Text(), std::string("a\0b", 3));
     EXPECT_EQ(XPascalStrCpy(to, "abcdef", 3), to.bytes);
     EXPECT_EQ(to.Text(), "abc");
@@ -100,6 +104,8 @@ TEST(Pascal, ComparisonGivesDifferencesOfUnsignedBytes) {
             EXPECT_EQ(XPascalStrCmp(Pascal(c.a), Pascal(c.b)), c.result);
         }
     }
+    Pascal text("abc");
+    EXPECT_EQ(XCompareBytes(text + 1, text + 1, 3, 1), 2);
 }
 
 TEST(Pascal, ConvertsToAndFromTerminatedText) {

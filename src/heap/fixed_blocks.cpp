@@ -72,7 +72,7 @@ std::uint16_t FixedPageInit(HeapPool* pool, HeapPage* page, std::uint32_t pageSi
 void FixedPageCarve(HeapPage* page, std::uint32_t blockSize, std::uint32_t pageSize) {
     char* start = page->carveEnd;
     const std::uint32_t room = pageSize - OffsetInUnit(start);
-    char* end = start + room / blockSize * blockSize;
+    char* end = start + std::size_t{room / blockSize} * blockSize;
     page->freeChain = start;
     page->carveEnd = end;
     char* block = start;

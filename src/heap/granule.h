@@ -33,14 +33,14 @@ template <class T>
 VELDT20_EXEMPT T Load(const void* address) {
     const Exempt exempt;
     T value;
-    std::memcpy(&value, address, sizeof value);
+    std::memcpy(&value, address, sizeof(T));
     return value;
 }
 
 template <class T>
 VELDT20_EXEMPT void Store(void* address, T value) {
     const Exempt exempt;
-    std::memcpy(address, &value, sizeof value);
+    std::memcpy(address, &value, sizeof(T));
 }
 
 }  // namespace veldt::heap

@@ -51,7 +51,7 @@ inline bool IsSlot(const HandleSlot* slot) {
     const std::uint32_t offset = OffsetInUnit(slot);
     return (mark & kMarkSlots) != 0 && offset >= kPointer &&
            (offset - kPointer) % sizeof(HandleSlot) == 0 &&
-           offset + sizeof(HandleSlot) <= (mark & kMarkSteps) * kCommitStep;
+           offset + sizeof(HandleSlot) <= std::size_t{mark & kMarkSteps} * kCommitStep;
 }
 
 /// A free slot, or null. The caller holds the pool lock.

@@ -25,7 +25,7 @@ with_cmake() {
         cmake -S "$here/$kind" -B "$work/$kind" -G Ninja \
             ${TOOLCHAIN_FILE:+-DCMAKE_TOOLCHAIN_FILE="$TOOLCHAIN_FILE"} \
             -DCMAKE_PREFIX_PATH="$work/moved" -DCMAKE_CXX_FLAGS="${CXXFLAGS:-}" &&
-            cmake --build "$work/$kind"
+            cmake --build "$work/$kind" --target consumer
     } >"$work/$kind.log" 2>&1; then
         cat "$work/$kind.log"
         exit 1

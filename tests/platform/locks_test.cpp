@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <set>
 #include <thread>
 #include <vector>
@@ -34,26 +33,6 @@ TEST(Locks, OneThreadAtATimeHoweverOftenItEnters) {
     EXPECT_EQ(counter, 2L * kThreads * kRounds);
     EXPECT_EQ(section.owner, 0u);
     EXPECT_EQ(section.waiters, 0u);
-}
-
-TEST(Locks, InnerLeaveKeepsOthersOut) {
-    CRITICAL_SECTION section;
-    InitializeCriticalSection(&section);
-    EnterCriticalSection(&section);
-    EnterCriticalSection(&section);
-    std::atomic<bool> inside = false;
-    std::thread other([&] {
-        EnterCriticalSection(&section);
-        inside = true;
-        LeaveCriticalSection(&section);
-    });
-    LeaveCriticalSection(&section);
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_FALSE(inside);
-    LeaveCriticalSection(&section);
-    other.join();
-    EXPECT_TRUE(inside);
-    DeleteCriticalSection(&section);
 }
 
 TEST(Threads, HaveNumbersAndLastErrorsOfTheirOwn) {

@@ -40,18 +40,4 @@ TEST(PointerTests, TellWhatCanBeWrittenWithoutWriting) {
     EXPECT_EQ(IsBadCodePtr([] { return 0; }), 0);
 }
 
-std::string shown;
-
-TEST(MessageBox, AsksTheHostIfThereIsOne) {
-    EXPECT_EQ(MessageBoxA(nullptr, "text", "caption", MB_OKCANCEL), 0);
-    XHostSetMessageBox([](const char* text, const char* caption, unsigned int style) {
-        shown = std::string(text) + "/" + caption + "/" + std::to_string(style);
-        return IDRETRY;
-    });
-    EXPECT_EQ(MessageBoxA(nullptr, "text", "caption", 0x2112), IDRETRY);
-    EXPECT_EQ(shown, "text/caption/8466");
-    XHostSetMessageBox(nullptr);
-    EXPECT_EQ(MessageBoxA(nullptr, "text", "caption", MB_OKCANCEL), 0);
-}
-
 }  // namespace

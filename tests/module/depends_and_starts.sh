@@ -12,14 +12,15 @@ if [[ $module == *.dll ]]; then
     needed=$("$objdump" -p "$module" | sed -n 's/^[[:space:]]*DLL Name: //p')
     allowed='KERNEL32|USER32|OLEAUT32|ADVAPI32|msvcrt'
     others=$(grep -vxiE "($allowed)\.dll" <<<"$needed" || true)
-    initialisers='\.ctors|\.init_array'
+    grep -qw DisableThreadLibraryCalls < <("$objdump" -p "$module") ||
+        { echo "$module lets itself be told of every thread"; status=1; }
 else
     objdump=objdump
     needed=$("$objdump" -p "$module" | sed -n 's/^[[:space:]]*NEEDED[[:space:]]*//p')
     allowed='libc|libm|libpthread|libstdc\+\+|libgcc_s|libasan|libubsan|libtsan|ld-linux.*'
     others=$(grep -vxE "($allowed)\.so.*" <<<"$needed" || true)
-    initialisers='\.ctors|\.init_array'
 fi
+initialisers='\.ctors|\.init_array'
 [ -n "$needed" ] || { echo "No dependence of $module could be read"; status=1; }
 [ -z "$others" ] || { echo "$module needs more than the system: $others"; status=1; }
 

@@ -159,7 +159,7 @@ class VELDT20_API XFile {
     int GetEOF(std::int32_t* low, std::int32_t* high);
     /// Cuts the file to the size, or lengthens it with zero bytes.
     int SetEOF(std::int32_t low, std::int32_t high);
-    /// Gives the handle back to the system. 1, or 0 with ErrorNotOpen if the file isn't open.
+    /// Gives the handle back to the system. On a file that isn't open, ErrorNotOpen.
     int Close();
     /// Closes the file. It keeps its name: `name` is not read.
     int Rename(const char* name);
@@ -168,7 +168,7 @@ class VELDT20_API XFile {
     /// 1 if a file or a directory is at the path. Wildcards match nothing.
     int Exists() const;
 
-    /// The reason of the last failure since the last operation began.
+    /// How the last operation went. Exists and the queries leave it as it is.
     Error GetError() const;
     /// Sets it to ErrorNone.
     void ClearError() const;

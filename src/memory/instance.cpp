@@ -2,6 +2,7 @@
 #include "heap/errors.h"
 #include "heap/stress.h"
 #include "memory/memory_calls.h"
+#include "platform/platform.h"
 
 namespace veldt::memory {
 
@@ -33,4 +34,5 @@ std::int16_t XMemError() {
 void XMemCompactHeap() {
     veldt::heap::PoolCompact(InstancePool);
     veldt::heap::StressMoves(InstancePool, nullptr);
+    veldt::platform::GiveBackIdleMemory();
 }

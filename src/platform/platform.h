@@ -59,6 +59,9 @@ BOOL VirtualFree(void* address, SIZE_T size, DWORD type);
 /// Asked for the base of a reservation only. Gives the bytes written to `info`, 0 on failure.
 SIZE_T VirtualQuery(const void* address, MEMORY_BASIC_INFORMATION* info, SIZE_T length);
 
+/// Gives the system the memory that is kept for the next reservations.
+void GiveBackIdleMemory();
+
 // Locks and threads: CRITICAL_SECTION, InitializeCriticalSection, EnterCriticalSection,
 // LeaveCriticalSection, DeleteCriticalSection, GetCurrentThreadId ------------- (posix/locks.h)
 

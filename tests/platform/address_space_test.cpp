@@ -217,6 +217,25 @@ TEST(AddressSpace, GivesMemoryBack) {
     EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
 }
 
+TEST(AddressSpace, AHeapThatComesAndGoesAsAWholeStaysWarmUntilToldToGo) {
+    std::vector<char*> pages(500);
+    const auto comeAndGo = [&pages] {
+        for (char*& page : pages) {
+            page = Take(16384);
+            std::memset(page, 1, 16384);
+        }
+        std::for_each(pages.begin(), pages.end(), Drop);
+    };
+    for (int round = 0; round < 5; ++round) comeAndGo();
+    const std::uint64_t calls = faults::CountAddressSpace().systemCalls;
+    comeAndGo();
+    EXPECT_EQ(faults::CountAddressSpace().systemCalls, calls);
+    const SIZE_T warm = Resident();
+    GiveBackIdleMemory();
+    EXPECT_LT(Resident(), warm - 450 * 16384);
+    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
+}
+
 TEST(AddressSpace, HoldsMoreRegionsThanTheKernelHasMappings) {
     const SIZE_T count = sizeof(void*) == 8 ? 200000 : 20000;
     std::vector<char*> regions(count);

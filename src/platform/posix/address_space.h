@@ -58,14 +58,16 @@ inline std::uint64_t EndAllowance(const AddressSpace& space) {
 
 // A heap that has shrunk should be small, so that little stays warm at first. Where memory is
 // given back only to be asked for again, regret raises the allowance, up to a share of what is in
-// use.
+// use or, for a heap that comes and goes as a whole, up to a fixed bound.
+
+inline constexpr std::uint64_t kMostEarnedWhenEmpty = (16u << 20) >> kPageShift;
 
 inline std::uint64_t EarnedBySingles(const AddressSpace& space) {
-    return std::min(space.singleRegret, space.committedPages / 8);
+    return std::min(space.singleRegret, std::max(space.committedPages / 8, kMostEarnedWhenEmpty));
 }
 
 inline std::uint64_t EarnedByWide(const AddressSpace& space) {
-    return std::min(space.wideRegret, space.committedPages / 2);
+    return std::min(space.wideRegret, std::max(space.committedPages / 2, kMostEarnedWhenEmpty));
 }
 
 inline std::uint64_t SingleAllowance(const AddressSpace& space) {

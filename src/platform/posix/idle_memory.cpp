@@ -3,6 +3,7 @@
 #include <array>
 #include <span>
 
+#include "platform/platform.h"
 #include "platform/posix/address_space.h"
 
 namespace veldt::platform {
@@ -98,6 +99,11 @@ void TrimAll() {
     CoolHotRun();
     while (addressSpace.singleCount != 0) CoolSingles();
     Trim(0, 0);
+}
+
+void GiveBackIdleMemory() {
+    const LockGuard guard(addressSpace.lock);
+    TrimAll();
 }
 
 }  // namespace veldt::platform

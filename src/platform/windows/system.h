@@ -79,4 +79,7 @@ using ::VirtualQuery;
 using ::WideCharToMultiByte;
 using ::WriteFile;
 
+/// The system keeps nothing of what has been given back.
+inline void GiveBackIdleMemory() {}
+
 }  // namespace veldt::platform

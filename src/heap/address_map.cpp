@@ -38,12 +38,7 @@ void DropZone(AddressZone* zone) {
 
 constinit std::atomic<AddressZone*> addressZones[kZones]{};
 
-bool AddressMapCover(const void* base) {
-    const auto address = reinterpret_cast<std::uintptr_t>(base);
-    if (ZoneOf(address) != nullptr) {
-        return true;
-    }
-    const std::uint64_t number = ZoneNumber(address);
+bool AddZone(std::uint64_t number) {
     AddressZone* made = number < kZones ? NewZone() : nullptr;
     if (made == nullptr) {
         return false;

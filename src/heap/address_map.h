@@ -32,6 +32,13 @@ struct RingNode {
 };
 static_assert(Figure(sizeof(RingNode), 16));
 
+/// What stands beside the mark of a unit at whose base a page stands.
+union UnitNode {
+    RingNode ring;
+    std::uint32_t largeSize;  ///< committed bytes of a large page, which is in no ring index
+};
+static_assert(sizeof(UnitNode) == sizeof(RingNode));
+
 /// The state of a unit: what it is in the upper bits, and how many commit steps from its base
 /// belong to it, 1 to 16, in the lower ones.
 enum UnitMark : std::uint8_t {
@@ -47,15 +54,12 @@ struct AddressZone {
     static constexpr std::uint32_t kUnits = 1U << 16;
 
     std::uint8_t marks[kUnits];
-    RingNode nodes[kUnits];
+    UnitNode nodes[kUnits];
 };
 
 /// 47 bits of address on a 64-bit machine, all 32 on a 32-bit one.
 inline constexpr std::uint32_t kZones = sizeof(void*) == 8 ? 1U << (47 - 32) : 1;
 extern constinit std::atomic<AddressZone*> addressZones[kZones];
-
-/// Sees to it that the map has room for the units of [base, base + 65536). False: out of memory.
-bool AddressMapCover(const void* base);
 
 inline std::uint64_t ZoneNumber(std::uintptr_t address) {
     return std::uint64_t{address} >> 32;
@@ -64,6 +68,15 @@ inline std::uint64_t ZoneNumber(std::uintptr_t address) {
 inline AddressZone* ZoneOf(std::uintptr_t address) {
     const std::uint64_t zone = ZoneNumber(address);
     return zone < kZones ? addressZones[zone].load(std::memory_order_acquire) : nullptr;
+}
+
+/// Makes the map of a zone that has none. False: out of memory.
+bool AddZone(std::uint64_t number);
+
+/// Sees to it that the map has room for the units of [base, base + 65536). False: out of memory.
+inline bool AddressMapCover(const void* base) {
+    const auto address = reinterpret_cast<std::uintptr_t>(base);
+    return ZoneOf(address) != nullptr || AddZone(ZoneNumber(address));
 }
 
 inline std::uint8_t& MarkIn(AddressZone& zone, std::uintptr_t address) {
@@ -97,11 +110,20 @@ inline Unit UnitOf(const void* base) {
     return static_cast<Unit>(reinterpret_cast<std::uintptr_t>(base) >> 16);
 }
 
-inline RingNode& NodeOf(Unit unit) {
+inline UnitNode& UnitNodeOf(Unit unit) {
     const std::uint32_t number = unit;
     return addressZones[number >> 16]
         .load(std::memory_order_relaxed)
         ->nodes[number & (AddressZone::kUnits - 1)];
+}
+
+inline RingNode& NodeOf(Unit unit) {
+    return UnitNodeOf(unit).ring;
+}
+
+/// Read by other threads than the one that resizes the page.
+inline std::atomic_ref<std::uint32_t> LargeSizeAt(const void* base) {
+    return std::atomic_ref(UnitNodeOf(UnitOf(base)).largeSize);
 }
 
 }  // namespace veldt::heap

@@ -109,7 +109,8 @@ HeapFault LinkFault(HeapPool* pool, PageLink* link, unsigned kind) {
     if (page->link != link || page->pool != pool || page->signature != (kPageSignature | kind)) {
         return {"page and link do not belong together", page};
     }
-    if (MarkAt(page) != MarkOf(kMarkPage, RegionSize(page))) {
+    const std::uint32_t size = RegionSize(page);
+    if (MarkAt(page) != MarkOf(kMarkPage, size) || PageSizeOf(page) != size) {
         return {"address map is wrong about a page", page};
     }
     return PageFault(page);

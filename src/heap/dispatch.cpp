@@ -66,7 +66,7 @@ std::uint16_t ResizeVariable(HeapPool* pool, char* data, std::uint32_t size, std
 /// PoolResizeCore for large blocks.
 std::uint16_t ResizeLarge(HeapPage* page, char** result, std::uint32_t size, std::uint32_t flags) {
     if (result != nullptr && size <= page->pool->largeThreshold) {
-        return static_cast<std::uint16_t>(std::min(size, RegionSize(page) - kPageHeader));
+        return static_cast<std::uint16_t>(std::min(size, PageSizeOf(page) - kPageHeader));
     }
     const int done = LargeResize(page, result, size, flags);
     return done == 0 && result == nullptr ? 1 : 0;
@@ -80,7 +80,7 @@ std::uint32_t UsableSize(char* block) {
         case kKindFixed:
             return page->pool->fixedSize;
         case kKindLarge:
-            return RegionSize(page) - kPageHeader;
+            return PageSizeOf(page) - kPageHeader;
         default:
             return DataSize(HeaderOfData(block));
     }

@@ -17,6 +17,24 @@ char* BlockOf(HeapPage* page) {
     return reinterpret_cast<char*>(page) + kPageHeader;
 }
 
+/// Compacts and asks the handler until the system has room for the page, or both have given up.
+[[gnu::noinline]] HeapPage* AcquireWithHelp(HeapPool* pool, std::uint32_t flags,
+                                            std::uint32_t total) {
+    const std::uint64_t rounded = RoundUp<std::uint64_t>(total, kCommitStep);
+    HeapPage* page = nullptr;
+    while (page == nullptr) {
+        const std::uint32_t givenBack = PoolCompactLocked(pool);
+        if (pool->footprint + rounded > pool->ceiling) {
+            return nullptr;
+        }
+        if (givenBack == 0 && HeapErrorDispatch(pool, MEM_OUT_OF_MEMORY) == 0) {
+            return nullptr;
+        }
+        page = PageAcquire(pool, kKindLarge, total, flags);
+    }
+    return page;
+}
+
 /// From here on the block stands at its new place, for the reader of a handle on another thread
 /// too.
 void SwapPages(char* from, char* to) {
@@ -24,7 +42,7 @@ void SwapPages(char* from, char* to) {
     BlockLeft(BlockOf(reinterpret_cast<HeapPage*>(from)));
     const HandleHold hold;
     SetMark(from, kMarkNothing);
-    SetMark(to, MarkOf(kMarkPage, RegionSize(to)));
+    MarkPage(page, RegionSize(to));
     page->link->page = page;
     if (page->ownerSlot != nullptr) {
         page->ownerSlot->block = BlockOf(page);
@@ -45,18 +63,12 @@ char* LargeAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
     if (size > kLargest) {
         return nullptr;
     }
-    const std::uint32_t total = size + kPageHeader;
-    const std::uint64_t rounded = RoundUp<std::uint64_t>(total, kCommitStep);
-    HeapPage* page = PageAcquire(pool, kKindLarge, total, flags);
-    while (page == nullptr) {
-        const std::uint32_t givenBack = PoolCompactLocked(pool);
-        if (pool->footprint + rounded > pool->ceiling) {
-            return nullptr;
-        }
-        if (givenBack == 0 && HeapErrorDispatch(pool, MEM_OUT_OF_MEMORY) == 0) {
-            return nullptr;
-        }
-        page = PageAcquire(pool, kKindLarge, total, flags);
+    HeapPage* page = PageAcquire(pool, kKindLarge, size + kPageHeader, flags);
+    if (page == nullptr) [[unlikely]] {
+        page = AcquireWithHelp(pool, flags, size + kPageHeader);
+    }
+    if (page == nullptr) {
+        return nullptr;
     }
     BlockBorn(BlockOf(page), flags);
     return BlockOf(page);
@@ -68,7 +80,7 @@ void LargeFree(char* block) {
 
 int LargeResize(HeapPage* page, char** result, std::uint32_t size, std::uint32_t flags) {
     HeapPool* pool = page->pool;
-    const std::uint32_t oldSize = RegionSize(page);
+    const std::uint32_t oldSize = PageSizeOf(page);
     const auto rounded = RoundUp<std::uint64_t>(std::uint64_t{size} + kPageHeader, kCommitStep);
     if (pool->footprint - oldSize + rounded > UINT32_MAX) {
         if (result != nullptr) {
@@ -100,7 +112,7 @@ int LargeResize(HeapPage* page, char** result, std::uint32_t size, std::uint32_t
         *result = BlockOf(page);
     }
     const std::uint32_t newSize = RegionSize(page);
-    SetMark(page, MarkOf(kMarkPage, newSize));
+    MarkPage(page, newSize);
     pool->footprint += newSize - oldSize;
     return 1;
 }

@@ -63,7 +63,7 @@ HeapPage* PageAcquire(HeapPool* pool, PageKind kind, std::uint32_t size, std::ui
         RingIndexInsert(link, link->prev != link ? link->prev : nullptr);
     }
     pool->footprint += committed;
-    SetMark(page, MarkOf(kMarkPage, committed));
+    MarkPage(page, committed);
     return page;
 }
 
@@ -71,7 +71,7 @@ int PageRelease(HeapPage* page, int floorTest) {
     const PageKind kind = KindOf(page);
     PageLink* link = page->link;
     HeapPool* pool = page->pool;
-    const std::uint32_t size = RegionSize(page);
+    const std::uint32_t size = PageSizeOf(page);
     if (floorTest != 0 && pool->footprint - size < pool->floor) {
         return 0;
     }

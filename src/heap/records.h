@@ -142,6 +142,20 @@ inline bool IsPageSignature(std::uint16_t word) {
     return (word & kPageSignatureMask) == kPageSignature;
 }
 
+/// Marks the first unit of a page of `committed` bytes, which makes its addresses live.
+inline void MarkPage(HeapPage* page, std::uint32_t committed) {
+    if (KindOf(page) == kKindLarge) {
+        LargeSizeAt(page).store(committed, std::memory_order_relaxed);
+    }
+    SetMark(page, MarkOf(kMarkPage, committed));
+}
+
+/// Committed bytes of a live page. The marks of all kinds but the large one tell them.
+inline std::uint32_t PageSizeOf(const HeapPage* page) {
+    return KindOf(page) == kKindLarge ? LargeSizeAt(page).load(std::memory_order_relaxed)
+                                      : (MarkAt(page) & kMarkSteps) * kCommitStep;
+}
+
 /// A pool, a dead one whose memory still stands, or null.
 inline bool IsPoolSignature(const HeapPool* pool) {
     return pool != nullptr && pool->signature == kPoolSignature;

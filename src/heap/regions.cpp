@@ -23,24 +23,23 @@ char* Commit(char* address, std::uint64_t size) {
         VirtualAlloc(address, static_cast<SIZE_T>(size), MEM_COMMIT, PAGE_READWRITE));
 }
 
-char* Reserve(std::uint64_t size) {
-    const std::uint64_t reserved = RoundUp<std::uint64_t>(size, kRegionUnit);
-    if (reserved > SIZE_MAX) {
+char* ReserveAndCommit(std::uint64_t size) {
+    // Rounded up to its units, it must still be a size.
+    if (size > (SIZE_MAX & ~std::uint64_t{kRegionUnit - 1})) {
         return nullptr;
     }
-    return static_cast<char*>(
-        VirtualAlloc(nullptr, static_cast<SIZE_T>(reserved), MEM_RESERVE, PAGE_NOACCESS));
+    return static_cast<char*>(VirtualAllocUnits(static_cast<SIZE_T>(size)));
 }
 
 }  // namespace
 
 char* RegionAlloc(std::uint32_t size, std::uint32_t flags) {
     const std::uint64_t committed = CommittedSize(size, flags);
-    char* base = Reserve(committed);
+    char* base = ReserveAndCommit(committed);
     if (base == nullptr) {
         return nullptr;
     }
-    if (!AddressMapCover(base) || Commit(base, committed) == nullptr) {
+    if (!AddressMapCover(base)) {
         RegionFree(base);
         return nullptr;
     }

@@ -341,7 +341,7 @@ std::uint32_t RelocSize(HandleSlot* slot) {
     {
         const HandleHold hold;
         if (const HeapPage* page = PageOfHandle(slot); page != nullptr) {
-            return KindOf(page) == kKindLarge ? RegionSize(page) - kPageHeader
+            return KindOf(page) == kKindLarge ? PageSizeOf(page) - kPageHeader
                                               : DataSize(HeaderOfData(slot->block));
         }
     }

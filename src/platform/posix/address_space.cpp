@@ -96,14 +96,13 @@ void SetCommitted(Unit& entry, std::uint32_t pages) {
     std::atomic_ref(entry.committed).store(pages, std::memory_order_relaxed);
 }
 
-/// Moves the end of a region's committed pages up; false if that goes over the limit.
-bool GrowTo(Run region, std::uint32_t pages) {
+/// Commits the first pages of a region of which nothing is counted; false if that goes over the
+/// limit.
+inline bool CommitFirst(Run region, std::uint32_t pages) {
     AddressSpace& space = addressSpace;
     Unit& entry = *region.entry;
-    const std::uint32_t more = pages - entry.committed;
-    if (space.committedPages + more > space.committedLimit) return false;
-    space.committedPages += more;
-    space.endPages -= IdleOf(entry);
+    if (space.committedPages + pages > space.committedLimit) return false;
+    space.committedPages += pages;
     SetCommitted(entry, pages);
     if (entry.resident > pages) [[unlikely]] {
         SettleIdle(region, 4 * kPagesPerUnit);
@@ -111,6 +110,17 @@ bool GrowTo(Run region, std::uint32_t pages) {
         entry.resident = pages;
     }
     return true;
+}
+
+/// Moves the end of a region's committed pages up; false if that goes over the limit.
+bool GrowTo(Run region, std::uint32_t pages) {
+    AddressSpace& space = addressSpace;
+    Unit& entry = *region.entry;
+    const std::uint32_t before = entry.committed;
+    if (space.committedPages + pages - before > space.committedLimit) return false;
+    space.committedPages -= before;
+    space.endPages -= IdleOf(entry);
+    return CommitFirst(region, pages);
 }
 
 void ShrinkTo(Run region, std::uint32_t pages) {
@@ -166,7 +176,7 @@ void* Reserve(SIZE_T size, bool commit) {
     }
     const Run region = ReserveUnits(static_cast<std::uint32_t>((size - 1) >> kUnitShift) + 1);
     if (region.entry == nullptr) return Refuse(ERROR_NOT_ENOUGH_MEMORY);
-    if (commit && !GrowTo(region, PagesOf(size))) {
+    if (commit && !CommitFirst(region, PagesOf(size))) {
         Dissolve(region);
         return Refuse(ERROR_NOT_ENOUGH_MEMORY);
     }
@@ -220,6 +230,13 @@ void* VirtualAlloc(void* address, SIZE_T size, DWORD type, DWORD) {
         return Reserve(size, (type & MEM_COMMIT) != 0);
     }
     return Refuse(ERROR_INVALID_PARAMETER);
+}
+
+void* VirtualAllocUnits(SIZE_T size) {
+    const LockGuard guard(addressSpace.lock);
+    if (CountsDownToFault()) [[unlikely]]
+        return Refuse(ERROR_NOT_ENOUGH_MEMORY);
+    return Reserve(size, true);
 }
 
 BOOL VirtualFree(void* address, SIZE_T size, DWORD type) {

@@ -79,6 +79,18 @@ using ::VirtualQuery;
 using ::WideCharToMultiByte;
 using ::WriteFile;
 
+/// Whole 64 KB units, of which the first `size` bytes are committed; null if the system refuses.
+inline void* VirtualAllocUnits(SIZE_T size) {
+    constexpr SIZE_T kUnit = 65536;
+    void* base =
+        VirtualAlloc(nullptr, (size + kUnit - 1) & ~(kUnit - 1), MEM_RESERVE, PAGE_NOACCESS);
+    if (base != nullptr && VirtualAlloc(base, size, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
+        VirtualFree(base, 0, MEM_RELEASE);
+        return nullptr;
+    }
+    return base;
+}
+
 /// The system keeps nothing of what has been given back.
 inline void GiveBackIdleMemory() {}
 

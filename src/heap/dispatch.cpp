@@ -76,14 +76,11 @@ std::uint16_t ResizeLarge(HeapPage* page, char** result, std::uint32_t size, std
 
 std::uint32_t UsableSize(char* block) {
     HeapPage* page = PageBase(block);
-    switch (KindOf(page)) {
-        case kKindFixed:
-            return page->pool->fixedSize;
-        case kKindLarge:
-            return PageSizeOf(page) - kPageHeader;
-        default:
-            return DataSize(HeaderOfData(block));
+    const PageKind kind = KindOf(page);
+    if (kind == kKindVariable || kind == kKindRelocatable) {
+        return DataSize(HeaderOfData(block));
     }
+    return kind == kKindFixed ? page->pool->fixedSize : PageSizeOf(page) - kPageHeader;
 }
 
 namespace {
@@ -151,6 +148,8 @@ int PoolFree(char* block) {
     BlockDies(block);
     if ((page->pool->flags & PoolSerialised) != 0) [[unlikely]] {
         FreeUnderLock(page, block);
+    } else if (KindOf(page) == kKindVariable) {
+        VariableFree(block);
     } else {
         page->freeBlock(block);
     }

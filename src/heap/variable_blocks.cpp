@@ -53,7 +53,7 @@ char* TakeHighEnd(char* block, std::uint16_t need, unsigned rest) {
 }
 
 /// Cuts a free block by the page's rules, and leaves the rover where the next search starts.
-char* CutFree(HeapPage* page, char* block, std::uint16_t need, std::uint32_t flags) {
+inline char* CutFree(HeapPage* page, char* block, std::uint16_t need, std::uint32_t flags) {
     const unsigned rest = FreeSize(block) - unsigned{need};
     if (rest < page->splitThreshold) {
         page->rover = RingNext(block);
@@ -98,6 +98,26 @@ inline char* SearchPage(HeapPage* page, std::uint16_t need, std::uint32_t flags)
     return block;
 }
 
+/// VariablePageAlloc, inline where the flags are known.
+[[gnu::always_inline]] inline char* AllocInPage(HeapPage* page, std::uint16_t need,
+                                                std::uint32_t flags) {
+    char* block = SearchPage(page, need, flags);
+    if (block == nullptr) {
+        return nullptr;
+    }
+    block = CutFree(page, block, need, flags);
+    BlockBorn(DataOf(block), flags);
+    if ((flags & AllocZero) != 0) {
+        std::memset(DataOf(block), 0, UsedSize(block) - kHeaderSize);
+    }
+    if ((flags & AllocRelocatable) != 0 && AtMostOneFree(page->rover)) {
+        SetFreeHint(page->link, FreeSize(RingNext(page->sentinel)));
+        page->link->linkFlags |= kNothingToSlide;
+    }
+    ++page->blockCount;
+    return DataOf(block);
+}
+
 /// The block that the walk of the ring behind its head gives, or null. A page that is tried in vain
 /// has its hint lowered, so the search goes on from the head each time.
 char* SearchRing(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_t flags) {
@@ -115,9 +135,10 @@ char* SearchRing(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_
     return nullptr;
 }
 
-inline char* TryHead(const HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_t flags) {
+[[gnu::always_inline]] inline char* TryHead(const HeapPool* pool, PageKind kind, std::uint16_t need,
+                                            std::uint32_t flags) {
     const PageLink* head = pool->pageLists[kind];
-    return head != nullptr && need <= head->freeHint ? VariablePageAlloc(head->page, need, flags)
+    return head != nullptr && need <= head->freeHint ? AllocInPage(head->page, need, flags)
                                                      : nullptr;
 }
 
@@ -166,26 +187,13 @@ std::uint16_t VariablePageInit(HeapPage* page, std::uint32_t pageSize) {
 char* VariableAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
     const auto kind = static_cast<PageKind>(flags & AllocRelocatable);
     const std::uint16_t need = BlockSizeFor(size);
-    char* data = TryHead(pool, kind, need, flags);
+    char* data =
+        flags == 0 ? TryHead(pool, kKindVariable, need, 0) : TryHead(pool, kind, need, flags);
     return data != nullptr ? data : AllocBeyondHead(pool, kind, need, flags);
 }
 
 char* VariablePageAlloc(HeapPage* page, std::uint16_t need, std::uint32_t flags) {
-    char* block = SearchPage(page, need, flags);
-    if (block == nullptr) {
-        return nullptr;
-    }
-    block = CutFree(page, block, need, flags);
-    BlockBorn(DataOf(block), flags);
-    if ((flags & AllocZero) != 0) {
-        std::memset(DataOf(block), 0, UsedSize(block) - kHeaderSize);
-    }
-    if ((flags & AllocRelocatable) != 0 && AtMostOneFree(page->rover)) {
-        SetFreeHint(page->link, FreeSize(RingNext(page->sentinel)));
-        page->link->linkFlags |= kNothingToSlide;
-    }
-    ++page->blockCount;
-    return DataOf(block);
+    return AllocInPage(page, need, flags);
 }
 
 void VariableFree(char* data) {

@@ -51,8 +51,8 @@ struct MEMORY_BASIC_INFORMATION {
 /// than what is committed reaches. Null on failure, also for a range that leaves the reservation.
 void* VirtualAlloc(void* address, SIZE_T size, DWORD type, DWORD protection);
 
-/// Reserves whole 64 KB units for `size` bytes, and commits those bytes, in 4096-byte steps, at their
-/// low end, all in one call. Null on failure, with nothing reserved.
+/// Reserves whole 64 KB units for `size` bytes, and commits those bytes, in 4096-byte steps, at
+/// their low end, all in one call. Null on failure, with nothing reserved.
 void* VirtualAllocUnits(SIZE_T size);
 
 /// MEM_DECOMMIT takes the memory of the range, the last of what is committed, and keeps the

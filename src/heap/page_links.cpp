@@ -16,7 +16,7 @@ constexpr std::uint32_t kFirstInExtension = kPointer;
 constexpr std::uint32_t kSmallestExtension = kPointer + sizeof(PageLink);
 
 constexpr std::uint32_t LinkCount(std::uint32_t size, std::uint32_t first) {
-    return (size - first) / sizeof(PageLink);
+    return (size - first) / std::uint32_t{sizeof(PageLink)};
 }
 static_assert(Figure(LinkCount(4096, kFirstInPool), 249));
 static_assert(Figure(LinkCount(4096, kFirstInExtension), 255));

@@ -12,7 +12,7 @@ constexpr std::uint32_t kFirstSlot = kPointer;
 constexpr std::uint32_t kSmallestRegion = kFirstSlot + sizeof(HandleSlot);
 
 constexpr std::uint32_t SlotCount(std::uint32_t size) {
-    return (size - kFirstSlot) / sizeof(HandleSlot);
+    return (size - kFirstSlot) / std::uint32_t{sizeof(HandleSlot)};
 }
 static_assert(Figure(SlotCount(4096), 341) && Figure(SlotCount(65536), 5461));
 

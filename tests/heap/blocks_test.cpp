@@ -79,17 +79,6 @@ TEST(VariableBlocks, FreedNeighboursMerge) {
     }
 }
 
-TEST(VariableBlocks, RingIsLastInFirstOut) {
-    TestPool pool;
-    WrittenPage page(pool, "f20 l16 f24 l16 u28 l16 f32 l16");
-    page.Free(2);
-    std::vector<std::uint32_t> ring;
-    for (char* at = RingNext(page->sentinel); at != page->sentinel; at = RingNext(at)) {
-        ring.push_back(FreeSize(at) / kScale);
-    }
-    EXPECT_EQ(ring, (std::vector<std::uint32_t>{28, 32, 24, 20}));
-}
-
 TEST(VariableBlocks, SearchGoesOnWhereItEnded) {
     TestPool pool(0);
     const auto take = [&pool](std::uint32_t size, std::uint32_t flags = AllocLowEnd) {

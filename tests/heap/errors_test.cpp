@@ -1,5 +1,4 @@
 // The dispatcher of errors and its handlers, several threads among them.
-#include <barrier>
 #include <stdexcept>
 #include <thread>
 
@@ -78,39 +77,6 @@ TEST(Handlers, MayThrow) {
     EXPECT_EQ(HandleLockDepth, 0U);
     UseHeapFromOutside(pool);
     PoolSetErrorHandler(before);
-}
-
-std::barrier<>* allInside;
-
-TEST(Handlers, OfSeveralThreadsRunAtOnce) {
-    constexpr int kThreads = 8;
-    TestPool pool(20, PoolSerialised);
-    std::barrier inside(kThreads);
-    allInside = &inside;
-    const HeapErrorHandler before = PoolSetErrorHandler([](const HeapErrorRecord*) {
-        allInside->arrive_and_wait();
-        EXPECT_EQ(heapRegistry.threadCount, 8U);
-        allInside->arrive_and_wait();
-        return 3;
-    });
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&pool] { EXPECT_EQ(HeapErrorDispatch(pool, 4), 3); });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(heapRegistry.threadCount, 0U);
-    PoolSetErrorHandler(before);
-}
-
-TEST(Handlers, ThreadTableClosesItsGaps) {
-    for (std::uint32_t i = 0; i < 3; ++i) heapRegistry.threads[i] = {.thread = ~i, .depth = 1};
-    heapRegistry.threadCount = 3;
-    ThreadDepthRemove(&heapRegistry.threads[0]);
-    EXPECT_EQ(heapRegistry.threadCount, 2U);
-    EXPECT_EQ(heapRegistry.threads[0].thread, ~2U);
-    EXPECT_EQ(ThreadDepthFind(0), nullptr);
-    EXPECT_EQ(ThreadDepthFind(1), &heapRegistry.threads[2]);
-    heapRegistry.threadCount = 0;
 }
 
 }  // namespace

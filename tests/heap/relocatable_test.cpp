@@ -105,21 +105,6 @@ TEST(Handles, CountEndsAt255) {
     EXPECT_EQ(RelocFree(locked), 1) << "locked or not";
 }
 
-TEST(Handles, SlotsStayAndAreReused) {
-    TestPool pool;
-    std::vector<HandleSlot*> slots;
-    const std::uint32_t perRegion = (4096 - kPointer) / sizeof(HandleSlot);
-    for (std::uint32_t i = 0; i < perRegion; ++i) slots.push_back(Make(pool, 8));
-    EXPECT_EQ(pool->freeSlots, nullptr);
-    HandleSlot* beyond = Make(pool, 8);
-    EXPECT_EQ(PageBase(beyond), PageBase(slots[0])) << "the region grows";
-    EXPECT_EQ(RegionSize(pool->slotRegions), 8192U);
-    RelocFree(slots[7]);
-    EXPECT_EQ(Make(pool, 8), slots[7]);
-    EXPECT_EQ(RelocAlloc(pool, 0, 0), nullptr);
-    for (HandleSlot* slot : slots) EXPECT_TRUE(Kept(slot, 8));
-}
-
 TEST(Handles, ResizeKeepsFamilyAndCount) {
     struct Row {
         bool fixed;
@@ -188,6 +173,8 @@ TEST(Handles, InvalidOnes) {
     EXPECT_EQ(errors.Take(), Raised(9, MEM_BAD_HANDLE));
     EXPECT_EQ(errors.LastPool(), nullptr);
     EXPECT_TRUE(Kept(other, 10));
+    EXPECT_EQ(RelocAlloc(pool, 0, 0), nullptr);
+    EXPECT_EQ(Make(pool, 8), slot) << "the slot given back last";
 }
 
 TEST(Compaction, SlidesOnlyWhatMerges) {

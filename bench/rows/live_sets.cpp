@@ -88,8 +88,8 @@ Setup GrowingTo(std::uint32_t last, std::uint32_t step) {
 }
 
 template <class Way>
-Row ReplacementRow(const char* name, std::size_t blocks, Bound bound) {
-    return {name, bound, {Replacing<Way>(blocks), Replacing<CLibrary>(blocks)}};
+Row ReplacementRow(std::string name, std::size_t blocks, Bound bound) {
+    return {std::move(name), bound, {Replacing<Way>(blocks), Replacing<CLibrary>(blocks)}};
 }
 
 template <class Way>
@@ -100,20 +100,22 @@ Row GrowthRow(const char* name, std::uint32_t last, std::uint32_t step) {
 }  // namespace
 
 Section LiveSets() {
-    constexpr std::size_t kBlocksOfGigabyte = (1U << 30) / kMeanSize;
+    // A page takes 64 KB of address space, of which 32-bit programs have less than 4 GB.
+    constexpr std::size_t kMany = (sizeof(void*) == 8 ? 1U << 30 : 1U << 28) / kMeanSize;
+    const std::string amount = sizeof(void*) == 8 ? "1 GB live" : "256 MB live";
     Section section{"Replacing blocks of a live set at random",
                     "Blocks of 16 to 2000 bytes; one is disposed and a new one of another size "
                     "made in its place.",
                     Allocators(),
                     {ReplacementRow<Pointers>("pointers, 100,000 live", 100'000, {1.0}),
                      ReplacementRow<Handles>("handles, 100,000 live", 100'000, {}),
-                     ReplacementRow<Pointers>("pointers, 1 GB live", kBlocksOfGigabyte, {}),
-                     ReplacementRow<Handles>("handles, 1 GB live", kBlocksOfGigabyte, {})},
+                     ReplacementRow<Pointers>("pointers, " + amount, kMany, {}),
+                     ReplacementRow<Handles>("handles, " + amount, kMany, {})},
                     true};
     section.rows[0].headline = true;
     for (Row& row : section.rows) {
         row.rounds = 9;
-        row.processes = row.name.ends_with("GB live") ? 1 : 2;
+        row.processes = row.name.ends_with("B live") ? 1 : 2;
     }
     return section;
 }

@@ -12,13 +12,20 @@ namespace {
 constexpr int kNeighbours = 1000;
 constexpr int kBorderOfLarge = 8192;
 
-/// Blocks of the size of the pairs and smaller, so that pages for them are there.
+/// Blocks of the size of the pairs and smaller, with a gap here and there, so that the block of a
+/// pair has a place in a page that stays.
 template <class Way>
 void MakeNeighbours(std::uint32_t size) {
     std::mt19937 random(3);
+    std::vector<typename Way::Block> ended;
     for (int i = 0; i < kNeighbours; ++i) {
-        Touch(Way::New(i % 2 == 0 ? std::min<std::uint32_t>(size, 5000)
-                                  : 1 + static_cast<std::uint32_t>(random() % 200)));
+        const auto block = Way::New(i % 2 == 0 ? std::min<std::uint32_t>(size, 5000)
+                                               : 1 + static_cast<std::uint32_t>(random() % 200));
+        Touch(block);
+        if (i % 20 == 0) ended.push_back(block);
+    }
+    for (const auto block : ended) {
+        Way::Dispose(block);
     }
 }
 
@@ -53,7 +60,8 @@ Row PairRow(const char* kind, std::uint32_t size, Bound bound, int neighbours) {
 
 Section Pairs() {
     Section section{"New and dispose",
-                    "A block is made and disposed at once, while a thousand others live.",
+                    "A block is made and disposed at once, while a thousand others live, with gaps "
+                    "between them.",
                     Allocators(),
                     {},
                     true};

@@ -10,9 +10,16 @@
 
 namespace veldt::bench {
 
+/// The block; without room there is nothing to measure.
+template <class Block>
+Block Must(Block block) {
+    if (block == nullptr) std::exit(2);
+    return block;
+}
+
 struct Pointers {
     using Block = char*;
-    static Block New(std::uint32_t size) { return _XNewPtr(static_cast<std::int32_t>(size)); }
+    static Block New(std::uint32_t size) { return Must(_XNewPtr(static_cast<std::int32_t>(size))); }
     static void Dispose(Block block) { XDisposePtr(block); }
     /// Where the block can't change its size in its place, through a new one.
     static void Resize(Block& block, std::uint32_t size) {
@@ -27,7 +34,9 @@ struct Pointers {
 
 struct Handles {
     using Block = char**;
-    static Block New(std::uint32_t size) { return _XNewHandle(static_cast<std::int32_t>(size)); }
+    static Block New(std::uint32_t size) {
+        return Must(_XNewHandle(static_cast<std::int32_t>(size)));
+    }
     static void Dispose(Block block) { XDisposeHandle(block); }
     static void Resize(Block& block, std::uint32_t size) {
         _XSetHandleSize(block, static_cast<std::int32_t>(size));
@@ -38,7 +47,7 @@ struct Handles {
 /// Or whatever allocator was loaded in its place.
 struct CLibrary {
     using Block = void*;
-    static Block New(std::uint32_t size) { return std::malloc(size); }
+    static Block New(std::uint32_t size) { return Must(std::malloc(size)); }
     static void Dispose(Block block) { std::free(block); }
     static void Resize(Block& block, std::uint32_t size) { block = std::realloc(block, size); }
     static char* Bytes(Block block) { return static_cast<char*>(block); }

@@ -101,7 +101,8 @@ TEST_F(File, SaysWhyItCannotBeOpened) {
     ExpectFailure(file, file.Delete(), XFile::ErrorBadPath);
 }
 
-TEST_F(File, DeliversWhatIsThere) {
+// The model's test reads and writes everywhere else.
+TEST_F(File, DeliversUpToItsEndAndNothingBelowZero) {
     ASSERT_EQ(file_.Open(XFile::PermissionReadWrite), 1);
     const struct {
         std::uint32_t count;
@@ -109,15 +110,15 @@ TEST_F(File, DeliversWhatIsThere) {
         std::uint32_t done;
         XFile::Error error;
     } cases[] = {
-        {120, 0, 120, XFile::ErrorNone},        {100, 90, 30, XFile::ErrorEndOfFile},
-        {1, 119, 1, XFile::ErrorNone},          {1, 120, 0, XFile::ErrorEndOfFile},
-        {10, 100000, 0, XFile::ErrorEndOfFile}, {0, 500, 0, XFile::ErrorNone},
+        {1, 119, 1, XFile::ErrorNone},
+        {2, 119, 1, XFile::ErrorEndOfFile},
+        {1, 120, 0, XFile::ErrorEndOfFile},
+        {0, 500, 0, XFile::ErrorNone},
     };
     for (const auto& row : cases) {
-        char buffer[121] = {};
-        EXPECT_EQ(file_.Read(buffer, row.count, row.position, 0), row.done);
-        EXPECT_EQ(file_.GetError(), row.error);
-        EXPECT_EQ(std::string(buffer), std::string(row.done, 'c'));
+        char buffer[2] = {};
+        EXPECT_EQ(file_.Read(buffer, row.count, row.position, 0), row.done) << row.position;
+        EXPECT_EQ(file_.GetError(), row.error) << row.position;
     }
     for (const std::int32_t low : {0, -1, 7}) {
         ExpectFailure(file_, file_.Read(&mark_, 1, low, -1), XFile::ErrorOther);
@@ -125,10 +126,8 @@ TEST_F(File, DeliversWhatIsThere) {
         ExpectFailure(file_, file_.SetEOF(low, -1), XFile::ErrorOther);
         EXPECT_EQ(mark_, 'x') << "a position below zero was read at";
     }
-    EXPECT_EQ(file_.SetEOF(50, 0), 1);
-    EXPECT_EQ(file_.Write("end", 3, 52, 0), 3u);
     EXPECT_EQ(file_.Close(), 1);
-    EXPECT_EQ(scratch_.Content("a"), std::string(50, 'c') + std::string("\0\0end", 5));
+    EXPECT_EQ(scratch_.Content("a"), std::string(120, 'c'));
 }
 
 TEST_F(File, KeepsToItsPermission) {

@@ -72,10 +72,13 @@ class Model {
 
     void Add() {
         const SIZE_T units = Below(3) != 0 ? 1 : 1 + Below(Below(8) == 0 ? 200 : 20);
-        if (Below(16) == 0) faults::FailVirtualAlloc(1 + Below(2));
+        const bool refusing = Below(16) == 0;
+        if (refusing) faults::FailVirtualAlloc(1 + Below(2));
         auto* base = static_cast<char*>(Reserve(units * kUnit));
-        if (base == nullptr) return;
-        ASSERT_NE(base, nullptr);
+        if (base == nullptr) {
+            ASSERT_TRUE(refusing);
+            return;
+        }
         ASSERT_EQ(reinterpret_cast<std::uintptr_t>(base) % kUnit, 0u);
         ASSERT_EQ(Committed(base), 0u);
         const auto after = regions_.lower_bound(base);
@@ -85,6 +88,7 @@ class Model {
         Region region{units * kUnit, 0, static_cast<unsigned char>(random_())};
         const SIZE_T pages = 1 + Below(units * 16);
         if (Commit(base, 0, pages * kPage) == nullptr) {
+            ASSERT_TRUE(refusing);
             ASSERT_NE(VirtualFree(base, 0, MEM_RELEASE), 0);
             return;
         }

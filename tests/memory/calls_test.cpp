@@ -111,7 +111,7 @@ TEST_F(Calls, PointersResizeInPlaceOrNotAtAll) {
     EXPECT_EQ(std::string(hemmed, 100), std::string(100, 'h'));
 }
 
-alignas(65536) char noPage[200];
+char noPage[200];
 
 TEST_F(Calls, WhatIsNoBlockIsRefused) {
     XDisposePtr(noPage + 100);

@@ -7,6 +7,8 @@
 
 #include <veldt20/export.h>
 
+#include <cstring>
+
 /// Copies `count` bytes; the areas may overlap. Note the order: the source comes first.
 ///
 ///     char line[] = "abcdef";
@@ -17,7 +19,7 @@ VELDT20_API void XBlockClear(void* block, unsigned int count);
 /// Writes `count` bytes of `value`.
 VELDT20_API void XMemSet(char* block, char value, unsigned int count);
 /// 1 if the `count` bytes at `a` and `b` are equal, else 0; 1 for count 0.
-VELDT20_API int XBlockEqual(const void* a, const void* b, unsigned int count);
+[[gnu::pure]] VELDT20_API int XBlockEqual(const void* a, const void* b, unsigned int count);
 
 /// target[i] becomes target[i] OR mask[i], for i from 0 up. The areas may overlap: a byte of the
 /// mask that is also an earlier byte of the target is read as changed, so a target `n` bytes ahead
@@ -27,3 +29,29 @@ VELDT20_API void XMemSetOr(void* target, const void* mask, unsigned int count);
 VELDT20_API void XMemSetAnd(void* target, const void* mask, unsigned int count);
 /// The same with exclusive OR.
 VELDT20_API void XMemSetXor(void* target, const void* mask, unsigned int count);
+
+#if defined(VELDT20_IN_PLACE)
+#if defined(__clang__)
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wgnu-inline-cpp-without-extern"
+#endif
+
+// They are the C library's, which must not be handed an invalid address even for a count of 0.
+
+VELDT20_IN_PLACE void XBlockMove(const void* source, void* destination, unsigned int count) {
+    if (count > 0) std::memmove(destination, source, count);
+}
+VELDT20_IN_PLACE void XBlockClear(void* block, unsigned int count) {
+    if (count > 0) std::memset(block, 0, count);
+}
+VELDT20_IN_PLACE void XMemSet(char* block, char value, unsigned int count) {
+    if (count > 0) std::memset(block, value, count);
+}
+VELDT20_IN_PLACE int XBlockEqual(const void* a, const void* b, unsigned int count) {
+    return count == 0 || std::memcmp(a, b, count) == 0;
+}
+
+#if defined(__clang__)
+#pragma clang diagnostic pop
+#endif
+#endif

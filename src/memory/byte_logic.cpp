@@ -178,8 +178,10 @@ __attribute__((target("avx2"))) void CombineWide(void* target, const void* mask,
     Combine<Op, 32>(target, mask, count);
 }
 
+/// Out of line, so that a caller with few bytes saves no registers for it.
 template <typename Op>
-void CombineBy(VectorWidth width, void* target, const void* mask, std::size_t count) {
+[[gnu::noinline]] void CombineBy(VectorWidth width, void* target, const void* mask,
+                                 std::size_t count) {
     if (width == VectorWidth::k32) {
         CombineWide<Op>(target, mask, count);
     } else {

@@ -1,5 +1,6 @@
-// The exported calls on plain bytes. Moving, filling and comparing are the C library's, which must
-// not be handed an invalid address even for a count of 0.
+// The exported calls on plain bytes. The header holds the bodies of those that move, fill and
+// compare.
+#define VELDT20_IN_PLACE
 #include <veldt20/bytes.h>
 
 #include <cstdint>
@@ -29,28 +30,6 @@ bool CombineFewAside(void* target, const void* mask, std::size_t count, Combine 
 }
 
 }  // namespace
-
-void XBlockMove(const void* source, void* destination, unsigned int count) {
-    if (count > 0) {
-        std::memmove(destination, source, count);
-    }
-}
-
-void XBlockClear(void* block, unsigned int count) {
-    if (count > 0) {
-        std::memset(block, 0, count);
-    }
-}
-
-void XMemSet(char* block, char value, unsigned int count) {
-    if (count > 0) {
-        std::memset(block, value, count);
-    }
-}
-
-int XBlockEqual(const void* a, const void* b, unsigned int count) {
-    return count == 0 || std::memcmp(a, b, count) == 0;
-}
 
 void XMemSetOr(void* target, const void* mask, unsigned int count) {
     if (!CombineFewAside(target, mask, count, [](auto a, auto b) { return a | b; })) {

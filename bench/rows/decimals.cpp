@@ -18,7 +18,7 @@ namespace veldt::bench {
 namespace {
 
 constexpr std::size_t kNumbers = 2000;
-constexpr double kWritingBound = 0.35;
+constexpr double kWritingBound = 1.0 / 3;
 constexpr double kReadingBound = 0.5;
 
 enum class Sample { kAnyBits, kPlain, kPrices };

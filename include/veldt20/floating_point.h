@@ -95,9 +95,8 @@ class VELDT20_API XFp {
     ///
     ///     floating, 6    " 3.14159e+0"   "-1.23457e+13"   " 0.00000e-1" for zeros
     ///     floating, 3    " 1.000e+1" for 9.996
-    ///     fixed, 2       "3.14"   "-0.00" for -0.001   "0.000" for 0.0001: as many zeros behind
-    ///     the
-    ///                    point as the number has, even when they are more than were wanted
+    ///     fixed, 2       "3.14"   "-0.00" for -0.001   "0.000" for 0.0001: all the zeros behind
+    ///                    the point that the number has, even when fewer were wanted
     ///     fixed, 0       "1235" for 1234.5   "0." for 0.4
     ///     fixed, -2      "1200" for 1234.0
     ///

@@ -3,6 +3,7 @@
 #include <veldt20/floating_point.h>
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -10,6 +11,9 @@
 
 namespace veldt::numerics {
 namespace {
+
+/// Below this the part of a number before the point fits one word.
+constexpr double kWordLimit = 0x1p31;
 
 /// Seventeen digits tell every double from its neighbours. They are what is rounded.
 constexpr int kSourceDigits = 17;
@@ -94,7 +98,7 @@ void FindDigits(double magnitude, const Wanted& wanted, Digits& digits) {
         std::memset(digits.Text(), '0', kSourceDigits);
         return;
     }
-    if (magnitude >= 1 && magnitude < 0x1p31) {
+    if (magnitude >= 1 && magnitude < kWordLimit) {
         FindDigitsInParts(magnitude, wanted, digits);
         return;
     }
@@ -103,6 +107,64 @@ void FindDigits(double magnitude, const Wanted& wanted, Digits& digits) {
     if (!Decided(digits.Text(), few)) {
         PutDigits(magnitude, kSourceDigits, digits);
     }
+}
+
+/// The powers of ten that one word holds, and so the numbers of digits that it holds in any case.
+constexpr auto kPowersOfTen = [] {
+    std::array<std::uint32_t, 10> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i) {
+        powers[i] = powers[i - 1] * 10;
+    }
+    return powers;
+}();
+constexpr int kWordDigits = kPowersOfTen.size() - 1;
+
+/// By how much a number may fall short of one with so many digits for its seventeen digits to reach
+/// it: half a unit of theirs, in 2^-64 of a unit of the last digit.
+constexpr auto kSlack = [] {
+    std::array<std::uint64_t, kWordDigits + 1> slack{};
+    std::uint64_t share = std::uint64_t{1} << 63;
+    for (int digits = kSourceDigits - 1; digits > 0; --digits) {
+        share /= 10;
+        if (digits <= kWordDigits) {
+            slack[static_cast<std::size_t>(digits)] = share;
+        }
+    }
+    return slack;
+}();
+
+int CountDigits(std::uint32_t number) {
+    constexpr int kLog2 = 1233;  // of ten's, in 1/4096
+    const int atLeast = std::bit_width(number) * kLog2 >> 12;
+    return atLeast + (number >= kPowersOfTen[static_cast<std::size_t>(atLeast)] ? 1 : 0);
+}
+
+/// A few digits of a number from 1 to 2^31, which is what most numbers are: the number times the
+/// power of ten is exact in three words, and the one that is rounded to is quickly told. False if
+/// the digits are more than that.
+bool RoundScaled(double magnitude, const Wanted& wanted, Digits& digits) {
+    const auto whole = static_cast<std::uint32_t>(static_cast<std::int32_t>(magnitude));
+    const int point = CountDigits(whole);
+    const int count = wanted.CountFor(point);
+    if (count < point || count > kWordDigits) {
+        return false;
+    }
+    // The fraction in 2^-64: the field of the exponent, and what stands before the point, go out.
+    const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+    const std::uint64_t fraction = bits << (12 + (bits >> 52) - 1023);
+    const std::uint32_t power = kPowersOfTen[static_cast<std::size_t>(count - point)];
+    const std::uint64_t low = (fraction & 0xFFFFFFFF) * power;
+    const std::uint64_t high = (fraction >> 32) * power + (low >> 32);
+    const std::uint64_t rest = high << 32 | (low & 0xFFFFFFFF);
+
+    const std::uint64_t roundedUp = std::uint64_t{wanted.halfUp} << 63;
+    const bool up = rest >= roundedUp - kSlack[static_cast<std::size_t>(count)];
+    const std::uint32_t number = whole * power + static_cast<std::uint32_t>(high >> 32) + up;
+    char* const text = digits.Text();
+    const char* const end = std::to_chars(text, text + kWordDigits + 1, number).ptr;
+    digits.length = digits.stored = static_cast<int>(end - text);
+    digits.point = point + digits.length - count;
+    return true;
 }
 
 /// Where more digits are wanted than can be significant, the last of these is rounded.
@@ -132,8 +194,12 @@ void Round(const Wanted& wanted, Digits& digits) {
 Digits RoundedDigits(double x, const Wanted& wanted) {
     Digits digits;
     digits.negative = std::signbit(x) && x != 0;
+    const double magnitude = std::abs(x);
+    if (magnitude >= 1 && magnitude < kWordLimit && RoundScaled(magnitude, wanted, digits)) {
+        return digits;
+    }
     if (std::isfinite(x)) {
-        FindDigits(std::abs(x), wanted, digits);
+        FindDigits(magnitude, wanted, digits);
         Round(wanted, digits);
     } else {
         digits.kind = std::isnan(x) ? Digits::Kind::kNan : Digits::Kind::kInfinity;

@@ -64,9 +64,9 @@ class VELDT20_API XCString {
     char GetAt(int index) const;
 
     /// The index of the first occurrence, or -1. The character 0 is found at the first zero byte.
-    int Find(char character) const;
+    [[gnu::pure]] int Find(char character) const;
     /// The index of the first occurrence, or -1. An empty text is found at 0.
-    int Find(const char* text) const;
+    [[gnu::pure]] int Find(const char* text) const;
     /// The first or last `count` characters, held to 0 and GetLength(), in a buffer of their own.
     XCString Left(int count) const;
     XCString Right(int count) const;
@@ -74,10 +74,10 @@ class VELDT20_API XCString {
     XCString SpanExcluding(const char* set) const;
     /// -1, 0 or 1 in the order of signed bytes, so that 0x80 to 0xFF stand before ASCII.
     /// XCString("\xE9").Compare("a") gives -1.
-    int Compare(const char* text) const;
+    [[gnu::pure]] int Compare(const char* text) const;
     /// 0 if the texts agree but for the case of A to Z; otherwise the difference of the first two
     /// signed bytes that don't, in lower case. XCString("ABD").CompareNoCase("abb") gives 2.
-    int CompareNoCase(const char* text) const;
+    [[gnu::pure]] int CompareNoCase(const char* text) const;
     /// A new 16-bit string that the caller frees with XSysFreeString, or null when there is no
     /// room.
     unsigned short* AllocSysString() const;
@@ -176,21 +176,29 @@ VELDT20_API const XCString& XGetEmptyString();
 VELDT20_API void XSysFreeString(unsigned short* string);
 
 /// Each is one Compare: signed bytes, up to the first zero byte. They give 1 or 0.
-VELDT20_API int operator==(const XCString& a, const XCString& b);
-VELDT20_API int operator==(const XCString& a, const char* b);
-VELDT20_API int operator==(const char* a, const XCString& b);
-VELDT20_API int operator!=(const XCString& a, const XCString& b);
-VELDT20_API int operator!=(const XCString& a, const char* b);
-VELDT20_API int operator!=(const char* a, const XCString& b);
-VELDT20_API int operator<(const XCString& a, const XCString& b);
-VELDT20_API int operator<(const XCString& a, const char* b);
-VELDT20_API int operator<(const char* a, const XCString& b);
-VELDT20_API int operator>(const XCString& a, const XCString& b);
-VELDT20_API int operator>(const XCString& a, const char* b);
-VELDT20_API int operator>(const char* a, const XCString& b);
-VELDT20_API int operator<=(const XCString& a, const XCString& b);
-VELDT20_API int operator<=(const XCString& a, const char* b);
-VELDT20_API int operator<=(const char* a, const XCString& b);
-VELDT20_API int operator>=(const XCString& a, const XCString& b);
-VELDT20_API int operator>=(const XCString& a, const char* b);
-VELDT20_API int operator>=(const char* a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator==(const XCString& a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator==(const XCString& a, const char* b);
+[[gnu::pure]] VELDT20_API int operator==(const char* a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator!=(const XCString& a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator!=(const XCString& a, const char* b);
+[[gnu::pure]] VELDT20_API int operator!=(const char* a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator<(const XCString& a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator<(const XCString& a, const char* b);
+[[gnu::pure]] VELDT20_API int operator<(const char* a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator>(const XCString& a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator>(const XCString& a, const char* b);
+[[gnu::pure]] VELDT20_API int operator>(const char* a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator<=(const XCString& a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator<=(const XCString& a, const char* b);
+[[gnu::pure]] VELDT20_API int operator<=(const char* a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator>=(const XCString& a, const XCString& b);
+[[gnu::pure]] VELDT20_API int operator>=(const XCString& a, const char* b);
+[[gnu::pure]] VELDT20_API int operator>=(const char* a, const XCString& b);
+
+namespace veldt::strings {
+/// What stands under Compare: the difference of the two signed bytes at the first place where the
+/// texts differ or both end. `shorter` is the lesser of their lengths.
+[[gnu::pure]] VELDT20_API int DifferenceOf(const char* a, const char* b, int shorter);
+}  // namespace veldt::strings
+
+#include <veldt20/strings_xcstring_in_place.h>

@@ -59,29 +59,6 @@ inline void ReleaseBufferOf(XCStringData* data) {
     if (!IsEmptyBuffer(data) && --data->refCount <= 0) ::operator delete(data);
 }
 
-/// A memmove that spares the call of the C library for a few bytes, which costs more than moving
-/// them.
-inline void MoveText(char* target, const char* source, std::size_t length) {
-    const auto moveEnds = [&]<typename Word>(Word first) {
-        Word last;
-        std::memcpy(&first, source, sizeof(Word));
-        std::memcpy(&last, source + length - sizeof(Word), sizeof(Word));
-        std::memcpy(target, &first, sizeof(Word));
-        std::memcpy(target + length - sizeof(Word), &last, sizeof(Word));
-    };
-    if (length > 16) {
-        std::memmove(target, source, length);
-    } else if (length >= 8) {
-        moveEnds(std::uint64_t{});
-    } else if (length >= 4) {
-        moveEnds(std::uint32_t{});
-    } else if (length >= 2) {
-        moveEnds(std::uint16_t{});
-    } else if (length == 1) {
-        *target = *source;
-    }
-}
-
 /// Sets length and terminator. The shared empty buffer holds both already, and other threads read
 /// it.
 inline void SetLength(XCStringData* data, std::int32_t length) {

@@ -9,19 +9,47 @@
 #include <cstdint>
 #include <cstring>
 
+#define VELDT20_WIDE __attribute__((target("avx2")))
+
 namespace veldt::strings {
 
-/// Sixteen bytes as they stand.
-inline __m128i AsTheyStand(__m128i bytes) {
-    return bytes;
-}
+// What a comparison goes on over. Of two vectors GoesOn gives one with a 0 for each byte at which
+// it stops.
 
-/// Sixteen bytes with A to Z as a to z.
-inline __m128i AsLower(__m128i bytes) {
-    const __m128i capital = _mm_and_si128(_mm_cmpgt_epi8(bytes, _mm_set1_epi8('A' - 1)),
-                                          _mm_cmpgt_epi8(_mm_set1_epi8('Z' + 1), bytes));
-    return _mm_add_epi8(bytes, _mm_and_si128(capital, _mm_set1_epi8('a' - 'A')));
-}
+/// Bytes that are the same.
+struct Same {
+    static __m128i GoesOn(__m128i a, __m128i b) { return _mm_cmpeq_epi8(a, b); }
+    VELDT20_WIDE static __m256i GoesOn(__m256i a, __m256i b) { return _mm256_cmpeq_epi8(a, b); }
+};
+
+/// Bytes that are the same, up to the first 0.
+struct SameText {
+    static __m128i GoesOn(__m128i a, __m128i b) { return _mm_and_si128(a, _mm_cmpeq_epi8(a, b)); }
+    VELDT20_WIDE static __m256i GoesOn(__m256i a, __m256i b) {
+        return _mm256_and_si256(a, _mm256_cmpeq_epi8(a, b));
+    }
+};
+
+/// The same for texts in which A to Z count as a to z.
+struct SameTextNoCase {
+    static __m128i GoesOn(__m128i a, __m128i b) { return SameText::GoesOn(Lower(a), Lower(b)); }
+    VELDT20_WIDE static __m256i GoesOn(__m256i a, __m256i b) {
+        return SameText::GoesOn(Lower(a), Lower(b));
+    }
+
+  private:
+    static __m128i Lower(__m128i bytes) {
+        const __m128i capital = _mm_and_si128(_mm_cmpgt_epi8(bytes, _mm_set1_epi8('A' - 1)),
+                                              _mm_cmpgt_epi8(_mm_set1_epi8('Z' + 1), bytes));
+        return _mm_or_si128(bytes, _mm_and_si128(capital, _mm_set1_epi8('a' - 'A')));
+    }
+    VELDT20_WIDE static __m256i Lower(__m256i bytes) {
+        const __m256i capital =
+            _mm256_and_si256(_mm256_cmpgt_epi8(bytes, _mm256_set1_epi8('A' - 1)),
+                             _mm256_cmpgt_epi8(_mm256_set1_epi8('Z' + 1), bytes));
+        return _mm256_or_si256(bytes, _mm256_and_si256(capital, _mm256_set1_epi8('a' - 'A')));
+    }
+};
 
 /// Loads the bytes of one `Word` at `p`; the others of the sixteen are zero.
 template <typename Word>
@@ -31,127 +59,160 @@ __m128i LoadBytes(const char* p) {
     } else if constexpr (sizeof(Word) == 8) {
         return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
     } else {
-        std::int32_t word;
+        Word word;
         std::memcpy(&word, p, sizeof(word));
-        return _mm_cvtsi32_si128(word);
+        return _mm_cvtsi32_si128(static_cast<std::int32_t>(word));
     }
 }
 
-/// Bytes in a step that not every machine can take.
-inline constexpr std::size_t kWideStep = 32;
+/// One bit for each byte of a `Word`.
+template <typename Word>
+inline constexpr unsigned kAllOf = (1u << sizeof(Word)) - 1;
 
-/// Whether a search through so many bytes can take wide steps.
-inline bool TakesWideSteps(std::size_t length) {
-    return length >= kWideStep && __builtin_cpu_supports("avx2");
+/// One bit a byte, the top one of it.
+inline unsigned BitsOf(__m128i bytes) {
+    return static_cast<unsigned>(_mm_movemask_epi8(bytes));
 }
 
-__attribute__((target("avx2"))) inline __m256i LoadWide(const char* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+/// One bit a byte, set for a 0.
+inline unsigned Zeros(__m128i bytes) {
+    return BitsOf(_mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
+}
+VELDT20_WIDE inline unsigned Zeros(__m256i bytes) {
+    return static_cast<unsigned>(
+        _mm256_movemask_epi8(_mm256_cmpeq_epi8(bytes, _mm256_setzero_si256())));
 }
 
-__attribute__((target("avx2"))) inline unsigned DifferingWide(const char* a, const char* b) {
-    return ~static_cast<unsigned>(
-        _mm256_movemask_epi8(_mm256_cmpeq_epi8(LoadWide(a), LoadWide(b))));
+template <typename Bits>
+std::size_t First(Bits bits) {
+    return static_cast<std::size_t>(std::countr_zero(bits));
 }
 
-__attribute__((target("avx2"))) inline bool FourStepsAgree(const char* a, const char* b) {
-    __m256i agree = _mm256_cmpeq_epi8(LoadWide(a), LoadWide(b));
-    for (std::size_t i = kWideStep; i < 4 * kWideStep; i += kWideStep) {
-        agree = _mm256_and_si256(agree, _mm256_cmpeq_epi8(LoadWide(a + i), LoadWide(b + i)));
-    }
-    return _mm256_movemask_epi8(agree) == -1;
+/// All bits below the lowest that is set.
+inline unsigned BelowFirst(unsigned bits) {
+    return (bits & -bits) - 1;
 }
 
-/// Mismatch for TakesWideSteps(length).
-__attribute__((target("avx2"))) inline std::size_t MismatchWide(const char* a, const char* b,
-                                                                std::size_t length) {
-    std::size_t i = 0;
-    while (length - i >= 4 * kWideStep && FourStepsAgree(a + i, b + i)) {
-        i += 4 * kWideStep;
-    }
-    // The last step reaches back over bytes that are known to agree.
-    for (;; i += kWideStep) {
-        const std::size_t step = std::min(i, length - kWideStep);
-        if (const unsigned bits = DifferingWide(a + step, b + step)) {
-            return step + static_cast<std::size_t>(std::countr_zero(bits));
-        }
-        if (step == length - kWideStep) return length;
-    }
+// A result is what becomes of the place of the first stop, as result(a, b, i); `i` is the length
+// for none.
+
+/// Two steps of 1 to 2 words' bytes, which overlap: the place of a stop among their bits, one
+/// behind the other.
+template <typename Word>
+std::size_t PlaceInTwo(std::size_t bit, std::size_t length) {
+    return bit < sizeof(Word) ? bit : bit + length - 2 * sizeof(Word);
 }
 
-/// The search for the first difference between `a` and `b` after `Fold`.
-template <__m128i Fold(__m128i)>
-class MismatchSearch {
+/// The search in steps of any machine's.
+template <typename Over>
+class Search {
   public:
-    MismatchSearch(const char* a, const char* b, std::size_t length)
-        : a_(a), b_(b), length_(length) {}
-
-    std::size_t Run() const {
-        if (length_ >= 16) return InSteps();
-        if (length_ >= 8) return InTwo<std::uint64_t>();
-        if (length_ >= 4) return InTwo<std::uint32_t>();
-        for (std::size_t i = 0; i < length_; ++i) {
-            if (Lone(a_[i]) != Lone(b_[i])) return i;
-        }
-        return length_;
+    template <typename Result>
+    static auto Run(const char* a, const char* b, std::size_t length, Result result) {
+        if (length > 2 * kStep) return result(a, b, InSteps(a, b, length));
+        if (length >= 16) return result(a, b, InTwo<__m128i>(a, b, length));
+        if (length >= 8) return result(a, b, InTwo<std::uint64_t>(a, b, length));
+        if (length >= 4) return result(a, b, InTwo<std::uint32_t>(a, b, length));
+        if (length >= 2) return result(a, b, InTwo<std::uint16_t>(a, b, length));
+        return result(a, b, length != 0 && (Stops<std::uint8_t>(a, b) & 1) != 0 ? 0 : length);
     }
 
   private:
+    static constexpr std::size_t kStep = sizeof(__m128i);
+
     template <typename Word>
-    __m128i Equal(std::size_t i) const {
-        return _mm_cmpeq_epi8(Fold(LoadBytes<Word>(a_ + i)), Fold(LoadBytes<Word>(b_ + i)));
+    static unsigned Stops(const char* a, const char* b) {
+        const __m128i bytes = LoadBytes<Word>(a);
+        return Zeros(Over::GoesOn(bytes, LoadBytes<Word>(b))) & kAllOf<Word>;
     }
 
-    static int Lone(char c) { return _mm_cvtsi128_si32(Fold(_mm_cvtsi32_si128(c))) & 0xFF; }
-
-    /// One bit a byte, set where they differ.
-    static unsigned Differing(__m128i equal) {
-        return static_cast<unsigned>(_mm_movemask_epi8(equal)) ^ 0xFFFFu;
-    }
-
-    static std::size_t First(unsigned bits) {
-        return static_cast<std::size_t>(std::countr_zero(bits));
-    }
-
-    std::size_t InSteps() const {
-        std::size_t i = 0;
-        for (; length_ - i >= 64; i += 64) {
-            const __m128i low = _mm_and_si128(Equal<__m128i>(i), Equal<__m128i>(i + 16));
-            const __m128i high = _mm_and_si128(Equal<__m128i>(i + 32), Equal<__m128i>(i + 48));
-            if (Differing(_mm_and_si128(low, high)) != 0) break;
+    static std::size_t InSteps(const char* a, const char* b, std::size_t length) {
+        for (std::size_t i = 0;; i += kStep) {
+            // The last step reaches back over bytes that are done with.
+            const std::size_t step = std::min(i, length - kStep);
+            if (const unsigned stops = Stops<__m128i>(a + step, b + step))
+                return step + First(stops);
+            if (step == length - kStep) return length;
         }
-        for (; length_ - i >= 16; i += 16) {
-            if (const unsigned bits = Differing(Equal<__m128i>(i))) return i + First(bits);
-        }
-        // The last step reaches back over bytes that are known to agree.
-        const unsigned bits = Differing(Equal<__m128i>(length_ - 16));
-        return bits != 0 ? length_ - 16 + First(bits) : length_;
     }
 
-    /// For lengths from one word to two, which overlap.
     template <typename Word>
-    std::size_t InTwo() const {
-        if (const unsigned bits = Differing(Equal<Word>(0))) return First(bits);
-        const std::size_t second = length_ - sizeof(Word);
-        const unsigned bits = Differing(Equal<Word>(second));
-        return bits != 0 ? second + First(bits) : length_;
+    static std::size_t InTwo(const char* a, const char* b, std::size_t length) {
+        const std::size_t last = length - sizeof(Word);
+        const unsigned stops = Stops<Word>(a, b) | Stops<Word>(a + last, b + last) << sizeof(Word);
+        return stops != 0 ? PlaceInTwo<Word>(First(stops), length) : length;
     }
-
-    const char* a_;
-    const char* b_;
-    std::size_t length_;
 };
 
-/// The index of the first byte in which `a` and `b` differ, or `length`. Reads nothing from there
-/// on.
-inline std::size_t Mismatch(const char* a, const char* b, std::size_t length) {
-    if (TakesWideSteps(length)) return MismatchWide(a, b, length);
-    return MismatchSearch<AsTheyStand>(a, b, length).Run();
+/// The search in steps that not every machine can take, for more than one of them.
+template <typename Over>
+class WideSearch {
+  public:
+    static constexpr std::size_t kStep = sizeof(__m256i);
+
+    template <typename Result>
+    VELDT20_WIDE static auto Run(const char* a, const char* b, std::size_t length, Result result) {
+        if (length <= 2 * kStep) {
+            const std::size_t last = length - kStep;
+            const std::uint64_t stops = Both(Step(a, b), Step(a + last, b + last));
+            return result(a, b, stops != 0 ? PlaceInTwo<__m256i>(First(stops), length) : length);
+        }
+        return result(a, b, InBlocks(a, b, length));
+    }
+
+  private:
+    VELDT20_WIDE static __m256i Load(const char* p) {
+        return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+    }
+
+    VELDT20_WIDE static __m256i Step(const char* a, const char* b) {
+        __m256i bytes = Load(a);
+        asm("" : "+x"(bytes));  // read once, whatever the compiler thinks of reading it twice
+        return Over::GoesOn(bytes, Load(b));
+    }
+
+    VELDT20_WIDE static std::uint64_t Both(__m256i first, __m256i second) {
+        return Zeros(first) | std::uint64_t{Zeros(second)} << kStep;
+    }
+
+    /// For two steps and more, in blocks of four.
+    VELDT20_WIDE static std::size_t InBlocks(const char* a, const char* b, std::size_t length) {
+        const std::size_t upper = length < kBlock ? length - kBlock / 2 : kBlock / 2;
+        const std::size_t last = length - upper - kBlock / 2;
+        // From the second block on at least `a` is aligned. The last one reaches back.
+        std::size_t stride = kBlock - reinterpret_cast<std::uintptr_t>(a) % kStep;
+        for (std::size_t i = 0;; i = std::min(i + stride, last), stride = kBlock) {
+            const __m256i s0 = Step(a + i, b + i);
+            const __m256i s1 = Step(a + i + kStep, b + i + kStep);
+            const __m256i s2 = Step(a + i + upper, b + i + upper);
+            const __m256i s3 = Step(a + i + upper + kStep, b + i + upper + kStep);
+            if (Zeros(_mm256_min_epu8(_mm256_min_epu8(s0, s1), _mm256_min_epu8(s2, s3))) != 0) {
+                const std::uint64_t stops = Both(s0, s1);
+                return i + (stops != 0 ? First(stops) : upper + First(Both(s2, s3)));
+            }
+            if (i == last) return length;
+        }
+    }
+
+    static constexpr std::size_t kBlock = 4 * kStep;
+};
+
+/// The result for the first byte at which `Over` stops. Reads nothing from `length` on.
+template <typename Over, typename Result>
+auto AtFirstStop(const char* a, const char* b, std::size_t length, Result result) {
+    if (length > WideSearch<Over>::kStep && __builtin_cpu_supports("avx2")) {
+        return WideSearch<Over>::Run(a, b, length, result);
+    }
+    return Search<Over>::Run(a, b, length, result);
 }
 
-/// The same for texts in which A to Z count as a to z.
-inline std::size_t MismatchNoCase(const char* a, const char* b, std::size_t length) {
-    return MismatchSearch<AsLower>(a, b, length).Run();
+/// The index of the first byte at which `Over` stops, or `length`.
+template <typename Over>
+std::size_t FirstStop(const char* a, const char* b, std::size_t length) {
+    return AtFirstStop<Over>(a, b, length,
+                             [](const char*, const char*, std::size_t i) { return i; });
 }
 
 }  // namespace veldt::strings
+
+#undef VELDT20_WIDE

@@ -11,7 +11,7 @@
 unsigned char XPascalStrPos(const unsigned char* pattern, const unsigned char* text) {
     if (pattern[0] == 0) return 0;
     const char* characters = reinterpret_cast<const char*>(text + 1);
-    const char* found = veldt::strings::FindText(
+    const char* found = veldt::strings::FindText<veldt::strings::Ends::kAtLength>(
         characters, text[0], reinterpret_cast<const char*>(pattern + 1), pattern[0]);
     return static_cast<unsigned char>(found != nullptr ? found - characters + 1 : 0);
 }
@@ -38,7 +38,7 @@ int XPascalStrCmp(const unsigned char* a, const char* b) {
 
 int XCompareBytes(const unsigned char* a, const unsigned char* b, int lengthA, int lengthB) {
     const auto shorter = static_cast<std::size_t>(std::min(lengthA, lengthB));
-    const std::size_t i = veldt::strings::Mismatch(reinterpret_cast<const char*>(a),
-                                                   reinterpret_cast<const char*>(b), shorter);
+    const std::size_t i = veldt::strings::FirstStop<veldt::strings::Same>(
+        reinterpret_cast<const char*>(a), reinterpret_cast<const char*>(b), shorter);
     return i < shorter ? a[i] - b[i] : lengthA - lengthB;
 }

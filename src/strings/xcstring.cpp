@@ -16,11 +16,6 @@ namespace {
 constinit char* const emptyString = emptyBuffer.characters;
 static_assert(sizeof(XCString) == sizeof(emptyString));
 
-/// Kept out of line, so that the common copy saves no registers for it.
-[[gnu::noinline]] void AssignText(XCString& target, const char* text) {
-    target = text;
-}
-
 }  // namespace
 
 }  // namespace veldt::strings
@@ -33,25 +28,10 @@ const XCString& XGetEmptyString() {
 
 XCString::XCString() : characters_(strings::emptyBuffer.characters) {}
 
-XCString::XCString(const XCString& source) : characters_(source.characters_) {
-    XCStringData* data = GetData();
-    if (data->refCount >= 0) {
-        ++data->refCount;
-        return;
-    }
-    Init();
-    // The owner of a lock may have written on past the length that was last set.
-    if (!strings::IsEmptyBuffer(data)) strings::AssignText(*this, source.characters_);
-}
-
 XCString::XCString(const char* source, int count) {
     if (count == -1) count = SafeStrlen(source);
     AllocBuffer(count);
     if (count != 0) std::memcpy(characters_, source, static_cast<std::size_t>(count));
-}
-
-XCString::~XCString() {
-    strings::ReleaseBufferOf(GetData());
 }
 
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): a string is on its own characters.
@@ -73,37 +53,8 @@ const XCString& XCString::operator=(char character) {
     return *this;
 }
 
-const XCString& XCString::operator=(const char* source) {
-    AssignCopy(SafeStrlen(source), source);
-    return *this;
-}
-
 const XCString& XCString::operator=(const unsigned char* source) {
     AssignCopy(source[0], reinterpret_cast<const char*>(source + 1));
-    return *this;
-}
-
-const XCString& XCString::operator+=(const XCString& source) {
-    ConcatInPlace(source.GetData()->length, source.characters_);
-    return *this;
-}
-
-const XCString& XCString::operator+=(char character) {
-    XCStringData* data = GetData();
-    const std::int32_t length = data->length;
-    if (data->refCount <= 1 && length < data->allocLength) {
-        characters_[length] = character;
-        characters_[length + 1] = 0;
-        data->length = length + 1;
-    } else {
-        const char text = character;  // the parameter itself stays in its register
-        ConcatInPlace(1, &text);
-    }
-    return *this;
-}
-
-const XCString& XCString::operator+=(const char* source) {
-    ConcatInPlace(SafeStrlen(source), source);
     return *this;
 }
 
@@ -114,10 +65,6 @@ const XCString& XCString::operator+=(const unsigned char* source) {
 
 void XCString::Init() {
     characters_ = strings::emptyBuffer.characters;
-}
-
-XCStringData* XCString::GetData() const {
-    return strings::DataOf(characters_);
 }
 
 void XCString::AllocBuffer(int length) {
@@ -139,32 +86,13 @@ void XCString::AssignCopy(int length, const char* source) {
     strings::SetLength(GetData(), length);
 }
 
-// Out of line, like what calls it: appending in place is the common case, and short.
-[[gnu::noinline]] void XCString::ConcatCopy(int length1, const char* source1, int length2,
-                                            const char* source2) {
+void XCString::ConcatCopy(int length1, const char* source1, int length2, const char* source2) {
     const std::int64_t total = std::int64_t{length1} + length2;
     if (total == 0) return;
     char* target = strings::CharactersOf(strings::NewBuffer(total));
     if (length1 != 0) std::memcpy(target, source1, static_cast<std::size_t>(length1));
     if (length2 != 0) std::memcpy(target + length1, source2, static_cast<std::size_t>(length2));
     characters_ = target;
-}
-
-[[gnu::noinline]] void XCString::ConcatInPlace(int length, const char* source) {
-    if (length == 0) return;
-    XCStringData* data = GetData();
-    const std::int32_t before = data->length;
-    if (data->refCount <= 1 && length <= data->allocLength - before) {
-        // There is room for a character, so that this isn't the shared empty buffer.
-        char* end = characters_ + before;
-        strings::MoveText(end, source, static_cast<std::size_t>(length));
-        end[length] = 0;
-        data->length = before + length;
-        return;
-    }
-    // `source` may lie in the old buffer, which therefore lives on until the new one is complete.
-    ConcatCopy(before, characters_, length, source);
-    Release(data);
 }
 
 void XCString::CopyBeforeWrite() {
@@ -191,10 +119,4 @@ void XCString::Release() {
 
 void XCString::Release(XCStringData* data) {
     strings::ReleaseBufferOf(data);
-}
-
-int XCString::SafeStrlen(const char* text) {
-    if (text == nullptr) return 0;
-    // A text too long for the class stays too long for it, whatever its length modulo 2^32.
-    return static_cast<int>(std::min<std::size_t>(std::strlen(text), strings::kMaxLength + 1));
 }

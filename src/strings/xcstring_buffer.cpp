@@ -1,4 +1,4 @@
-// XCString: reading, and direct access to the buffer.
+// XCString: direct access to the buffer.
 #include <veldt20/strings_xcstring.h>
 
 #include <algorithm>
@@ -7,30 +7,6 @@
 #include "strings/counted_buffer.h"
 
 namespace strings = veldt::strings;
-
-XCString::operator const char*() const {
-    return characters_;
-}
-
-int XCString::GetLength() const {
-    return GetData()->length;
-}
-
-int XCString::GetAllocLength() const {
-    return GetData()->allocLength;
-}
-
-int XCString::IsEmpty() const {
-    return GetData()->length == 0;
-}
-
-char XCString::operator[](int index) const {
-    return characters_[index];
-}
-
-char XCString::GetAt(int index) const {
-    return characters_[index];
-}
 
 char* XCString::GetBuffer(int minimum) {
     XCStringData* data = GetData();

@@ -17,11 +17,6 @@ void XCString::Empty() {
     }
 }
 
-void XCString::SetAt(int index, char character) {
-    CopyBeforeWrite();
-    characters_[index] = character;
-}
-
 void XCString::ReplaceChar(char oldCharacter, char newCharacter) {
     CopyBeforeWrite();
     for (char* p = characters_; *p != 0; ++p) {

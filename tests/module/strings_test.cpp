@@ -122,6 +122,7 @@ void ExpectOrder(const A& a, const B& b, int order) {
 }
 
 TEST(Strings, AreOrdered) {
+    EXPECT_EQ(veldt::strings::DifferenceOf("ab", "ad", 2), 'b' - 'd');
     const char* const texts[] = {"a", "b", "c"};
     for (int i = 0; i < 3; ++i) {
         const int order = i - 1;

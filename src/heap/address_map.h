@@ -1,7 +1,7 @@
 // What stands in each 64 KB unit of the address space, as far as the heap is concerned: the base
 // of a page, of a slot region or of a pool, or nothing. One byte a unit, found in constant time,
-// lets every operation refuse a wild pointer before it reads through it. Beside the byte stands the
-// unit's node in the ring index.
+// lets every operation refuse a wild pointer before it reads through it. Beside the byte stands
+// what else the heap notes of a page without touching it.
 #pragma once
 
 #include <atomic>
@@ -10,34 +10,11 @@
 
 namespace veldt::heap {
 
-struct PageLink;
-
-/// Number of a 64 KB unit: its address divided by 65536. Unit 0 is never ours and means none.
-using Unit = std::conditional_t<sizeof(void*) == 8, std::uint32_t, std::uint16_t>;
-
-/// What a page, or all the pages below a node of the ring index together, have to offer.
-struct Offer {
-    std::uint16_t hint;          ///< largest free block, as the links tell it
-    std::uint16_t unpinnedHint;  ///< the same plus 1 over pages without a pinned block; else 0
-    std::uint16_t unslid;        ///< 1 if sliding may still gain something
+/// What the heap notes of a unit at whose base a page stands.
+union UnitNote {
+    std::uintptr_t ringPlace;  ///< of a page in a ring index: where it is there (ring_index.h)
+    std::uint32_t largeSize;   ///< of a large page: its committed bytes
 };
-
-/// A page's place in the ring index (ring_index.h).
-struct RingNode {
-    PageLink* link;
-    Unit parent;
-    Unit left;
-    Unit right;
-    Offer bound;
-};
-static_assert(Figure(sizeof(RingNode), 16));
-
-/// What stands beside the mark of a unit at whose base a page stands.
-union UnitNode {
-    RingNode ring;
-    std::uint32_t largeSize;  ///< committed bytes of a large page, which is in no ring index
-};
-static_assert(sizeof(UnitNode) == sizeof(RingNode));
 
 /// The state of a unit: what it is in the upper bits, and how many commit steps from its base
 /// belong to it, 1 to 16, in the lower ones.
@@ -54,7 +31,7 @@ struct AddressZone {
     static constexpr std::uint32_t kUnits = 1U << 16;
 
     std::uint8_t marks[kUnits];
-    UnitNode nodes[kUnits];
+    UnitNote notes[kUnits];
 };
 
 /// 47 bits of address on a 64-bit machine, all 32 on a 32-bit one.
@@ -106,24 +83,16 @@ constexpr unsigned MarkOf(UnitMark what, std::uint32_t committed) {
     return what | (steps < kRegionUnit / kCommitStep ? steps : kRegionUnit / kCommitStep);
 }
 
-inline Unit UnitOf(const void* base) {
-    return static_cast<Unit>(reinterpret_cast<std::uintptr_t>(base) >> 16);
-}
-
-inline UnitNode& UnitNodeOf(Unit unit) {
-    const std::uint32_t number = unit;
-    return addressZones[number >> 16]
-        .load(std::memory_order_relaxed)
-        ->nodes[number & (AddressZone::kUnits - 1)];
-}
-
-inline RingNode& NodeOf(Unit unit) {
-    return UnitNodeOf(unit).ring;
+/// `base` is covered.
+inline UnitNote& NoteOf(const void* base) {
+    const auto address = reinterpret_cast<std::uintptr_t>(base);
+    AddressZone* zone = addressZones[ZoneNumber(address)].load(std::memory_order_relaxed);
+    return zone->notes[(address >> 16) & (AddressZone::kUnits - 1)];
 }
 
 /// Read by other threads than the one that resizes the page.
 inline std::atomic_ref<std::uint32_t> LargeSizeAt(const void* base) {
-    return std::atomic_ref(UnitNodeOf(UnitOf(base)).largeSize);
+    return std::atomic_ref(NoteOf(base).largeSize);
 }
 
 }  // namespace veldt::heap

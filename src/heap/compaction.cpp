@@ -52,11 +52,9 @@ PageLink* FewestPinned(PageLink* head) {
 /// The link with the fewest pinned blocks, among equals the one with the largest hint, and among
 /// those the first in ring order.
 PageLink* BestToEmpty(PageLink* head) {
-    const RingNode& top = RingIndexTop(head);
-    while (top.bound.unpinnedHint != 0) {
-        const std::uint16_t most = top.bound.unpinnedHint;
-        PageLink* link =
-            RingFirstFrom(head, [most](const Offer& offer) { return offer.unpinnedHint >= most; });
+    for (Offer most = RingBound(head); most.unpinnedHint != 0; most = RingBound(head)) {
+        PageLink* link = RingFirstFrom(
+            head, [&most](const Offer& offer) { return offer.unpinnedHint >= most.unpinnedHint; });
         if (link != nullptr) {
             return link;
         }

@@ -9,17 +9,50 @@ namespace veldt::heap {
 
 namespace {
 
+constexpr HintOf kMayHaveFree{.least = 1};
+
+/// Nothing in a fixed page is ever pinned or slid.
+void SetMayHaveFree(HeapPage* page, std::uint16_t hint) {
+    page->link->freeHint = hint;
+    RingIndexNote(page, {.hint = hint, .unpinnedHint = 2, .unslid = 0});
+}
+
 /// The first free block of the page, or null after noting that there is none.
-char* TakeFirst(PageLink* link) {
-    HeapPage* page = link->page;
+char* TakeFirst(HeapPage* page) {
     char* block = page->freeChain;
     if (block == nullptr) {
-        link->freeHint = 0;
+        SetMayHaveFree(page, 0);
         return nullptr;
     }
     page->freeChain = Load<char*>(block);
     ++page->blockCount;
     return block;
+}
+
+/// Fetches what the walk will read in the next two pages that it comes to, which nobody may have
+/// touched for long. Of the first, the header has been fetched when it was the second.
+void FetchAhead(HeapPage* page) {
+    HeapPage* next = RingLikelyBehind(page, kMayHaveFree);
+    if (next == nullptr) {
+        return;
+    }
+    __builtin_prefetch(next->freeChain);
+    __builtin_prefetch(next->link);
+    if (const HeapPage* afterNext = RingLikelyBehind(next, kMayHaveFree); afterNext != nullptr) {
+        __builtin_prefetch(afterNext);
+    }
+}
+
+/// The block that the walk of the ring behind its head gives, or null.
+[[gnu::noinline]] char* TakeBehind(PageLink*& head) {
+    while (PageLink* link = RingFirstBehind(head, kMayHaveFree)) {
+        if (char* block = TakeFirst(link->page); block != nullptr) {
+            head = link;
+            FetchAhead(link->page);
+            return block;
+        }
+    }
+    return nullptr;
 }
 
 /// The block that the walk of the ring from its head gives, or null.
@@ -28,15 +61,12 @@ char* TakeFromRing(HeapPool* pool) {
     if (head == nullptr) {
         return nullptr;
     }
-    const auto mayHaveFree = [](const Offer& offer) { return offer.hint != 0; };
-    PageLink* link = head->freeHint != 0 ? head : RingFirstBehind(head, mayHaveFree);
-    for (; link != nullptr; link = RingFirstBehind(link, mayHaveFree)) {
-        if (char* block = TakeFirst(link); block != nullptr) {
-            head = link;
+    if (head->freeHint != 0) {
+        if (char* block = TakeFirst(head->page); block != nullptr) {
             return block;
         }
     }
-    return nullptr;
+    return TakeBehind(head);
 }
 
 /// A page of the pool's size or, where the system has no room for that, of a smaller one.
@@ -88,7 +118,7 @@ char* FixedAlloc(HeapPool* pool) {
         return block;
     }
     HeapPage* page = AcquireFixedPage(pool);
-    return page != nullptr ? TakeFirst(page->link) : nullptr;
+    return page != nullptr ? TakeFirst(page) : nullptr;
 }
 
 void FixedFree(char* block) {
@@ -97,7 +127,7 @@ void FixedFree(char* block) {
     Store(block, chain);
     page->freeChain = block;
     if (chain == nullptr) {
-        SetFreeHint(page->link, 1);
+        SetMayHaveFree(page, 1);
     }
     if (--page->blockCount == 0) {
         PageRelease(page, 1);

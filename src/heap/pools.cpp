@@ -5,6 +5,7 @@
 #include "heap/locks.h"
 #include "heap/pages.h"
 #include "heap/regions.h"
+#include "heap/ring_index.h"
 #include "heap/variable_blocks.h"
 
 namespace veldt::heap {
@@ -135,6 +136,11 @@ int PoolDestroy(HeapPool* pool) {
         LeaveRegistry(pool);
         pool->signature = 0;
         SetMark(pool, kMarkNothing);
+        for (const PageKind kind : {kKindVariable, kKindFixed, kKindRelocatable}) {
+            if (pool->pageLists[kind] != nullptr) {
+                RingIndexDrop(pool->pageLists[kind]);
+            }
+        }
         for (PageLink* head : pool->pageLists) {
             FreePages(head);
         }

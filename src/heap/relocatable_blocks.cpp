@@ -75,7 +75,7 @@ void CountPin(HeapPage* page, bool pinned) {
     }
     --link->linkFlags;
     if ((link->linkFlags & kPinnedMask) == 0 && KindOf(page) != kKindLarge) {
-        RingIndexRaise(link);
+        RingIndexNote(link);
     }
 }
 

@@ -4,134 +4,281 @@ namespace veldt::heap {
 
 namespace {
 
-/// Random heap order of the treap: a bijection on 32-bit words, so no two units are equal.
-std::uint32_t Priority(Unit unit) {
-    std::uint32_t word = unit;
-    word = (word ^ (word >> 16)) * 0x85EBCA6BU;
-    word = (word ^ (word >> 13)) * 0xC2B2AE35U;
-    return word ^ (word >> 16);
-}
+using Entry = RingNode::Entry;
+constexpr unsigned kPlaces = RingNode::kPlaces;
 
-void SetParent(Unit child, Unit parent) {
-    if (child != 0) {
-        NodeOf(child).parent = parent;
-    }
-}
-
-void ReplaceChild(Unit parent, Unit child, Unit replacement) {
-    if (parent != 0) {
-        RingNode& node = NodeOf(parent);
-        (node.left == child ? node.left : node.right) = replacement;
-    }
-    SetParent(replacement, parent);
-}
-
-/// Puts `unit` in the place of its parent, which becomes its child; the order stays.
-void RotateUp(Unit unit) {
-    RingNode& node = NodeOf(unit);
-    const Unit parent = node.parent;
-    RingNode& above = NodeOf(parent);
-    ReplaceChild(above.parent, parent, unit);
-    if (above.left == unit) {
-        above.left = node.right;
-        SetParent(node.right, parent);
-        node.right = parent;
+/// Tells the entry at a place where it is now.
+void Settle(RingNode& node, unsigned place) {
+    if (node.isLeaf) {
+        NoteOf(node.entries[place].page).ringPlace =
+            reinterpret_cast<std::uintptr_t>(&node) | place;
     } else {
-        above.right = node.left;
-        SetParent(node.left, parent);
-        node.left = parent;
+        node.entries[place].node->parent = &node;
+        node.entries[place].node->place = static_cast<std::uint8_t>(place);
     }
-    above.parent = unit;
-    node.bound = Widest(node.bound, above.bound);
-    RingRefit(above);
 }
 
-Unit Leftmost(Unit unit) {
-    while (NodeOf(unit).left != 0) {
-        unit = NodeOf(unit).left;
+void Put(RingNode& node, unsigned place, Entry entry, const Offer& bound) {
+    node.entries[place] = entry;
+    node.SetBound(place, bound);
+    Settle(node, place);
+}
+
+void Move(RingNode& to, unsigned toPlace, const RingNode& from, unsigned fromPlace) {
+    Put(to, toPlace, from.entries[fromPlace], from.bounds[fromPlace]);
+}
+
+/// Opens a place in a node that is not full.
+void PutAt(RingNode& node, unsigned place, Entry entry, const Offer& bound) {
+    for (unsigned i = node.count; i > place; --i) {
+        Move(node, i, node, i - 1);
     }
-    return unit;
+    Put(node, place, entry, bound);
+    ++node.count;
+}
+
+/// Moves the entries from `first` on to the end of another node.
+void MoveTail(RingNode& to, RingNode& from, unsigned first) {
+    for (unsigned i = first; i < from.count; ++i) {
+        Move(to, to.count++, from, i);
+    }
+    from.count = static_cast<std::uint8_t>(first);
+    from.hinted &= static_cast<std::uint16_t>((1U << first) - 1);
+}
+
+/// Lets the bounds on the way from a place to the top suffice for `offer`.
+void RaiseFrom(RingNode* node, unsigned place, const Offer& offer) {
+    while (!Covers(node->bounds[place], offer)) {
+        node->SetBound(place, Widest(node->bounds[place], offer));
+        if (node->parent == nullptr) {
+            return;
+        }
+        place = node->place;
+        node = node->parent;
+    }
+}
+
+void InsertAt(RingNode* node, unsigned place, Entry entry, const Offer& bound);
+
+/// Makes room in a full node by a new one behind it. A node that grows at its end, as a ring does
+/// while nothing else happens, stays full.
+RingNode* Split(RingNode& node, unsigned place) {
+    if (node.parent == nullptr) {
+        RingNode* top = TakeRingNode(false);
+        PutAt(*top, 0, {.node = &node}, RingBound(node));
+    }
+    RingNode* behind = TakeRingNode(node.isLeaf);
+    MoveTail(*behind, node, place == kPlaces ? kPlaces : kPlaces / 2);
+    InsertAt(node.parent, node.place + 1U, {.node = behind}, RingBound(*behind));
+    return behind;
+}
+
+/// The neighbour behind a node below the same parent, or null.
+RingNode* Next(const RingNode& node) {
+    const RingNode* parent = node.parent;
+    return parent != nullptr && node.place + 1U < parent->count
+               ? parent->entries[node.place + 1U].node
+               : nullptr;
+}
+
+void PutAndRaise(RingNode* node, unsigned place, Entry entry, const Offer& bound) {
+    PutAt(*node, place, entry, bound);
+    if (node->parent != nullptr) {
+        RaiseFrom(node->parent, node->place, bound);
+    }
+}
+
+void Tidy(RingNode* node);
+
+void InsertAt(RingNode* node, unsigned place, Entry entry, const Offer& bound) {
+    if (node->count < kPlaces) {
+        PutAndRaise(node, place, entry, bound);
+        return;
+    }
+    RingNode* next = Next(*node);
+    if (place == kPlaces && next != nullptr && next->count < kPlaces) {
+        PutAndRaise(next, 0, entry, bound);
+        return;
+    }
+    RingNode* behind = Split(*node, place);
+    if (place <= node->count && node->count < kPlaces) {
+        PutAndRaise(node, place, entry, bound);
+    } else {
+        PutAndRaise(behind, place - node->count, entry, bound);
+    }
+    Tidy(behind);
+}
+
+void RemoveAt(RingNode* node, unsigned place);
+
+/// Moves what is in `right`, the next neighbour of `left`, to it.
+void Merge(RingNode& left, RingNode& right) {
+    const unsigned seam = left.count;
+    MoveTail(left, right, 0);
+    left.parent->SetBound(left.place, RingBound(left));
+    RemoveAt(right.parent, right.place);
+    GiveRingNode(&right);
+    if (!left.isLeaf) {
+        Tidy(left.entries[seam].node);
+    }
+}
+
+/// Restores the invariants around a node that has lost an entry.
+void Tidy(RingNode* node) {
+    RingNode* parent = node->parent;
+    if (parent == nullptr) {
+        if (node->count == 1) {
+            const Entry only = node->entries[0];
+            if (node->isLeaf) {
+                NoteOf(only.page).ringPlace = 0;
+            } else {
+                only.node->parent = nullptr;
+            }
+            GiveRingNode(node);
+        }
+        return;
+    }
+    const auto fits = [node](const RingNode& other) {
+        return node->count + unsigned{other.count} <= kPlaces / 2;
+    };
+    if (RingNode* next = Next(*node); next != nullptr && fits(*next)) {
+        Merge(*node, *next);
+    } else if (node->place > 0 && fits(*parent->entries[node->place - 1U].node)) {
+        Merge(*parent->entries[node->place - 1U].node, *node);
+    }
+}
+
+void RemoveAt(RingNode* node, unsigned place) {
+    --node->count;
+    for (unsigned i = place; i < node->count; ++i) {
+        Move(*node, i, *node, i + 1);
+    }
+    node->hinted &= static_cast<std::uint16_t>((1U << node->count) - 1);
+    if (node->count == 0) {
+        RemoveAt(node->parent, node->place);
+        GiveRingNode(node);
+        return;
+    }
+    Tidy(node);
+}
+
+void Drop(RingNode* node) {
+    if (!node->isLeaf) {
+        for (unsigned i = 0; i < node->count; ++i) {
+            Drop(node->entries[i].node);
+        }
+    }
+    GiveRingNode(node);
+}
+
+RingNode* Top(const PageLink* link) {
+    RingNode* node = PlaceOf(link->page).node;
+    while (node != nullptr && node->parent != nullptr) {
+        node = node->parent;
+    }
+    return node;
 }
 
 }  // namespace
 
-RingNode& RingIndexTop(const PageLink* link) {
-    Unit unit = UnitOf(link->page);
-    while (NodeOf(unit).parent != 0) {
-        unit = NodeOf(unit).parent;
-    }
-    return NodeOf(unit);
-}
-
-void RingIndexRaise(const PageLink* link) {
-    const Offer offer = OfferOf(link);
-    for (Unit unit = UnitOf(link->page); unit != 0;) {
-        RingNode& node = NodeOf(unit);
-        if (Covers(node.bound, offer)) {
-            return;
-        }
-        node.bound = Widest(node.bound, offer);
-        unit = node.parent;
-    }
-}
-
 void RingIndexInsert(PageLink* link, const PageLink* before) {
-    const Unit unit = UnitOf(link->page);
-    RingNode& node = NodeOf(unit);
-    node = {.link = link, .parent = 0, .left = 0, .right = 0, .bound = {}};
-    if (before != nullptr) {
-        const Unit place = UnitOf(before->page);
-        if (const Unit right = NodeOf(place).right; right != 0) {
-            node.parent = Leftmost(right);
-            NodeOf(node.parent).left = unit;
-        } else {
-            node.parent = place;
-            NodeOf(place).right = unit;
-        }
+    NoteOf(link->page).ringPlace = 0;
+    if (before == nullptr) {
+        return;
     }
-    RingIndexRaise(link);
-    while (node.parent != 0 && Priority(node.parent) < Priority(unit)) {
-        RotateUp(unit);
+    if (PlaceOf(before->page).node == nullptr) {
+        PutAt(*TakeRingNode(true), 0, {.page = before->page}, OfferOf(before));
     }
+    const auto [node, place] = PlaceOf(before->page);
+    InsertAt(node, place + 1, {.page = link->page}, OfferOf(link));
 }
 
 void RingIndexRemove(const PageLink* link) {
-    const Unit unit = UnitOf(link->page);
-    RingNode& node = NodeOf(unit);
-    while (node.left != 0 && node.right != 0) {
-        RotateUp(Priority(node.left) > Priority(node.right) ? node.left : node.right);
+    if (const auto [node, place] = PlaceOf(link->page); node != nullptr) {
+        RemoveAt(node, place);
     }
-    ReplaceChild(node.parent, unit, node.left != 0 ? node.left : node.right);
+}
+
+void RingIndexDrop(const PageLink* head) {
+    if (RingNode* top = Top(head); top != nullptr) {
+        Drop(top);
+    }
+}
+
+void RingIndexNote(const HeapPage* page, const Offer& offer) {
+    auto [node, place] = PlaceOf(page);
+    if (node == nullptr) {
+        return;
+    }
+    node->SetBound(place, offer);
+    while (node->parent != nullptr && node->hinted == 0) {
+        place = node->place;
+        const Offer bound = RingBound(*node);
+        node = node->parent;
+        node->SetBound(place, bound);
+    }
+    if (node->parent != nullptr) {
+        RaiseFrom(node->parent, node->place, offer);
+    }
+}
+
+Offer RingBound(const RingNode& node) {
+    Offer bound{};
+    for (unsigned i = 0; i < node.count; ++i) {
+        bound = Widest(bound, node.bounds[i]);
+    }
+    return bound;
+}
+
+Offer RingBound(const PageLink* link) {
+    const RingNode* top = Top(link);
+    return top != nullptr ? RingBound(*top) : OfferOf(link);
 }
 
 namespace {
 
+bool MaskAgrees(const RingNode& node, unsigned place) {
+    return (node.hinted >> place & 1U) == (node.bounds[place].hint != 0 ? 1U : 0U);
+}
+
 /// Walks the tree in order beside the ring, from `at` on. False at the first disagreement.
-bool CheckBelow(Unit unit, Unit parent, const PageLink*& at) {
-    if (unit == 0) {
-        return true;
+bool CheckBelow(const RingNode& node, const PageLink*& at) {
+    for (unsigned i = 0; i < node.count; ++i) {
+        const Entry entry = node.entries[i];
+        if (node.isLeaf) {
+            const auto [home, place] = PlaceOf(entry.page);
+            if (at->page != entry.page || home != &node || place != i || !MaskAgrees(node, i) ||
+                !Covers(node.bounds[i], OfferOf(at))) {
+                return false;
+            }
+            at = at->next;
+            continue;
+        }
+        const RingNode& below = *entry.node;
+        const bool spare =
+            i > 0 && node.entries[i - 1].node->count + unsigned{below.count} <= kPlaces / 2;
+        if (below.parent != &node || below.place != i || spare || !MaskAgrees(node, i) ||
+            !Covers(node.bounds[i], RingBound(below)) || !CheckBelow(below, at)) {
+            return false;
+        }
     }
-    const RingNode& node = NodeOf(unit);
-    if (node.parent != parent || !CheckBelow(node.left, unit, at)) {
-        return false;
-    }
-    if (node.link != at || UnitOf(at->page) != unit || !Covers(node.bound, OfferOf(at))) {
-        return false;
-    }
-    at = at->next;
-    return CheckBelow(node.right, unit, at) &&
-           (node.left == 0 || Covers(node.bound, NodeOf(node.left).bound)) &&
-           (node.right == 0 || Covers(node.bound, NodeOf(node.right).bound)) &&
-           (parent == 0 || Priority(parent) > Priority(unit));
+    return node.count != 0 && node.hinted >> node.count == 0;
+}
+
+const PageLink* FirstBelow(const RingNode& node) {
+    return node.isLeaf ? node.entries[0].page->link : FirstBelow(*node.entries[0].node);
 }
 
 }  // namespace
 
 HeapFault RingIndexFault(const PageLink* head) {
-    const Unit top = UnitOf(RingIndexTop(head).link->page);
-    const PageLink* first = NodeOf(Leftmost(top)).link;
+    const RingNode* top = Top(head);
+    if (top == nullptr) {
+        return head->next == head ? HeapFault{} : HeapFault{"ring index lacks the ring", head};
+    }
+    const PageLink* first = FirstBelow(*top);
     const PageLink* at = first;
-    if (!CheckBelow(top, 0, at) || at != first) {
+    if (top->count < 2 || !CheckBelow(*top, at) || at != first) {
         return {"ring index disagrees with the ring", at};
     }
     return {};

@@ -2,14 +2,21 @@
 // without walking past those that have not. The answer is always the one that the plain walk along
 // `next` would give.
 //
-// The links of each ring are the nodes of a treap in ring order, each node with an upper bound on
-// what the pages below it offer. A raise climbs until the bounds above it suffice already; a
-// lowered offer is left to the next search that is misled by it, which corrects the bounds on its
-// way. So searches and raises cost O(log n) node visits, amortised, and usually one or two.
+// The pages of each ring stand in ring order in the leaves of a tree, 16 to a node, and beside each
+// page and each node below another stands an upper bound on what it offers. A raise climbs until
+// the bounds above it suffice already; a lowered offer is left to the next search that is misled
+// by it, which corrects the bounds on its way. A ring of one page has no node.
+//
+// Invariants: a node that is not at the top and its neighbour below the same parent have more than
+// kPlaces / 2 entries together, and the top has two at least; so there are at most half as many
+// nodes as pages.
 #pragma once
+
+#include <bit>
 
 #include "heap/fault.h"
 #include "heap/records.h"
+#include "heap/ring_nodes.h"
 
 namespace veldt::heap {
 
@@ -31,18 +38,40 @@ inline Offer Widest(const Offer& a, const Offer& b) {
             .unslid = a.unslid > b.unslid ? a.unslid : b.unslid};
 }
 
+/// Where an entry is in its index. The node is null for a page that is alone in its ring.
+struct RingPlace {
+    RingNode* node;
+    unsigned place;
+};
+
+inline RingPlace PlaceOf(const HeapPage* page) {
+    const std::uintptr_t word = NoteOf(page).ringPlace;
+    constexpr std::uintptr_t kPlaceMask = RingNode::kPlaces - 1;
+    return {.node = reinterpret_cast<RingNode*>(word & ~kPlaceMask),
+            .place = static_cast<unsigned>(word & kPlaceMask)};
+}
+
 /// Puts `link`, whose page is set, right behind `before` in the ring order; null: a new ring.
 void RingIndexInsert(PageLink* link, const PageLink* before);
 void RingIndexRemove(const PageLink* link);
-/// Raises the bounds above `link` to its offer. To be called when an offer has grown.
-void RingIndexRaise(const PageLink* link);
+/// Takes the index of a ring down.
+void RingIndexDrop(const PageLink* head);
+
+/// Lets the bound of a page be `offer`, and those above suffice for it.
+void RingIndexNote(const HeapPage* page, const Offer& offer);
+
+/// To be called when an offer has grown. When it has shrunk, the call keeps a search from being
+/// misled.
+inline void RingIndexNote(const PageLink* link) {
+    RingIndexNote(link->page, OfferOf(link));
+}
 
 /// Sets a hint, whichever way it goes.
 inline void SetFreeHint(PageLink* link, std::uint16_t hint) {
     const bool raised = hint > link->freeHint;
     link->freeHint = hint;
     if (raised) {
-        RingIndexRaise(link);
+        RingIndexNote(link);
     }
 }
 
@@ -50,63 +79,90 @@ inline void SetFreeHint(PageLink* link, std::uint16_t hint) {
 inline void ClearNothingToSlide(PageLink* link) {
     if ((link->linkFlags & kNothingToSlide) != 0) {
         link->linkFlags &= kPinnedMask;
-        RingIndexRaise(link);
+        RingIndexNote(link);
     }
 }
 
-/// Makes the bound of a node as narrow as its link and its children allow.
-inline void RingRefit(RingNode& node) {
-    node.bound = OfferOf(node.link);
-    if (node.left != 0) {
-        node.bound = Widest(node.bound, NodeOf(node.left).bound);
-    }
-    if (node.right != 0) {
-        node.bound = Widest(node.bound, NodeOf(node.right).bound);
-    }
-}
+/// What no entry of the node exceeds.
+Offer RingBound(const RingNode& node);
+/// What no page of the ring that `link` is in exceeds.
+Offer RingBound(const PageLink* link);
 
-/// The top node of the tree that holds `link`.
-RingNode& RingIndexTop(const PageLink* link);
+/// A wish for pages whose hint is at least `least`, which is not 0.
+struct HintOf {
+    std::uint16_t least;
 
-/// The first node in ring order at or below `top` that offers what is wanted, or 0. `wanted` takes
-/// an Offer and must hold for every offer that covers one for which it holds.
+    bool operator()(const Offer& offer) const { return offer.hint >= least; }
+};
+
+/// The places from `from` on that a wish may find something in.
 template <class Wanted>
-Unit RingFirstBelow(Unit top, const Wanted& wanted) {
-    if (top == 0 || !wanted(NodeOf(top).bound)) {
-        return 0;
+unsigned Candidates(const RingNode& node, unsigned from, const Wanted&) {
+    return ((1U << node.count) - 1) & (~0U << from);
+}
+inline unsigned Candidates(const RingNode& node, unsigned from, const HintOf&) {
+    return node.hinted & (~0U << from);
+}
+
+/// The first page among the entries of `node` from `from` on, and below them, whose bound is wanted
+/// and that is accepted, or null. `wanted` takes an Offer and must hold for every offer that covers
+/// one for which it holds. `accept` takes a page, and the leaf and place of its bound, which it may
+/// lower.
+template <class Wanted, class Accept>
+HeapPage* RingFirstIn(RingNode& node, unsigned from, const Wanted& wanted, const Accept& accept) {
+    for (unsigned left = Candidates(node, from, wanted); left != 0; left &= left - 1) {
+        const auto i = static_cast<unsigned>(std::countr_zero(left));
+        if (!wanted(node.bounds[i])) {
+            continue;
+        }
+        const RingNode::Entry entry = node.entries[i];
+        if (node.isLeaf) {
+            if (accept(entry.page, node, i)) {
+                return entry.page;
+            }
+            continue;
+        }
+        if (HeapPage* page = RingFirstIn(*entry.node, 0, wanted, accept); page != nullptr) {
+            return page;
+        }
+        node.SetBound(i, RingBound(*entry.node));
     }
-    RingNode& node = NodeOf(top);
-    if (const Unit found = RingFirstBelow(node.left, wanted); found != 0) {
-        return found;
+    return nullptr;
+}
+
+/// The first such page behind `page` in the ring, `page` itself last; or null.
+template <class Wanted, class Accept>
+HeapPage* RingPageBehind(HeapPage* page, const Wanted& wanted, const Accept& accept) {
+    auto [node, place] = PlaceOf(page);
+    if (node == nullptr) {
+        return wanted(OfferOf(page->link)) ? page : nullptr;
     }
-    if (wanted(OfferOf(node.link))) {
-        return top;
+    HeapPage* found = RingFirstIn(*node, place + 1, wanted, accept);
+    while (found == nullptr && node->parent != nullptr) {
+        place = node->place;
+        node = node->parent;
+        found = RingFirstIn(*node, place + 1U, wanted, accept);
     }
-    const Unit found = RingFirstBelow(node.right, wanted);
-    if (found == 0) {
-        RingRefit(node);
-    }
-    return found;
+    return found != nullptr ? found : RingFirstIn(*node, 0, wanted, accept);
+}
+
+/// The page that the bounds alone tell, of which nothing is read.
+template <class Wanted>
+HeapPage* RingLikelyBehind(HeapPage* page, const Wanted& wanted) {
+    return RingPageBehind(page, wanted,
+                          [](const HeapPage*, const RingNode&, unsigned) { return true; });
 }
 
 /// The first link behind `link` in the ring that offers what is wanted, `link` itself last; or
 /// null.
 template <class Wanted>
 PageLink* RingFirstBehind(const PageLink* link, const Wanted& wanted) {
-    Unit unit = UnitOf(link->page);
-    Unit found = RingFirstBelow(NodeOf(unit).right, wanted);
-    while (found == 0 && NodeOf(unit).parent != 0) {
-        const Unit below = unit;
-        unit = NodeOf(unit).parent;
-        const RingNode& node = NodeOf(unit);
-        if (node.left == below && wanted(node.bound)) {
-            found = wanted(OfferOf(node.link)) ? unit : RingFirstBelow(node.right, wanted);
-        }
-    }
-    if (found == 0) {
-        found = RingFirstBelow(unit, wanted);
-    }
-    return found != 0 ? NodeOf(found).link : nullptr;
+    const HeapPage* found = RingPageBehind(
+        link->page, wanted, [&wanted](const HeapPage* page, RingNode& leaf, unsigned at) {
+            leaf.SetBound(at, OfferOf(page->link));
+            return wanted(leaf.bounds[at]);
+        });
+    return found != nullptr ? found->link : nullptr;
 }
 
 /// The same, with `link` itself first.
@@ -115,8 +171,8 @@ PageLink* RingFirstFrom(PageLink* link, const Wanted& wanted) {
     return wanted(OfferOf(link)) ? link : RingFirstBehind(link, wanted);
 }
 
-/// Whether tree and ring of `head` hold the same links in the same cyclic order, the tree's links
-/// to parents and children agree, and no bound is too low.
+/// Whether tree and ring of `head` hold the same links in the same cyclic order, the tree's
+/// invariants hold, and no bound is too low.
 HeapFault RingIndexFault(const PageLink* head);
 
 }  // namespace veldt::heap

@@ -79,6 +79,7 @@ inline char* CutFree(HeapPage* page, char* block, std::uint16_t need, std::uint3
         return page->rover;
     }
     page->link->freeHint = largest & kFreeSizeMask;
+    RingIndexNote(page->link);
     return nullptr;
 }
 
@@ -125,8 +126,7 @@ char* SearchRing(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_
     if (head == nullptr) {
         return nullptr;
     }
-    const auto mayServe = [need](const Offer& offer) { return offer.hint >= need; };
-    while (PageLink* link = RingFirstBehind(head, mayServe)) {
+    while (PageLink* link = RingFirstBehind(head, HintOf{need})) {
         if (char* data = VariablePageAlloc(link->page, need, flags); data != nullptr) {
             pool->pageLists[kind] = link;
             return data;

@@ -51,10 +51,13 @@ TEST_F(Damage, VariablePages) {
     Expect<Word>("sentinel is wrong about the block before it", page->sentinel, kBlockInUse);
     Expect<Word>("pinned blocks are miscounted", &page.Link()->linkFlags, 1);
     Expect<std::uint32_t>("pinned blocks are miscounted", &page.Slot(0)->lockCount, 1);
-    Expect<Word>("ring index disagrees with the ring", &page.Link()->freeHint, 0xFFF8);
 
     HeapPage* plain = PageBase(PoolAlloc(pool, 1000, 0));
     Expect<Word>("freeHint hides a free block", &plain->link->freeHint, 800);
+    HeapPage* second = PageAcquire(pool, kKindVariable, 4096, 0);
+    Expect<Word>("ring index disagrees with the ring", &second->link->freeHint, 0xFFF8);
+    Expect<std::uintptr_t>("ring index lacks the ring", &NoteOf(second).ringPlace, 0);
+    PageRelease(second, 0);
 
     UnlinkFree(freeBlock);
     EXPECT_STREQ(PoolFault(pool).what, "a free block is not in the ring");

@@ -53,11 +53,17 @@ TEST(RingIndex, MadeUpRings) {
     Random random(Seed());
     for (int round = 0; round < 30; ++round) {
         HeapPool* pool = PoolCreate(0, 0, 0);
-        const std::uint32_t most = 1 + random.Below(round % 3 == 0 ? 200 : 8);
+        // A deep index that grows in all places and is taken down again, or a shallow one.
+        const bool deep = round % 6 == 0;
+        const std::uint32_t most = 1 + random.Below(deep ? 1000 : 20);
         std::vector<PageLink*> links;
-        for (int step = 0; step < 400; ++step) {
-            const std::uint32_t action = random.Below(links.empty() ? 1 : 8);
-            if (action == 0 && links.size() < most) {
+        for (std::uint32_t i = 0; deep && i < most; ++i) {
+            links.push_back(PageAcquire(pool, kKindVariable, 4096, 0)->link);
+            if (random.Below(4) == 0) pool->pageLists[kKindVariable] = links[random.Below(i + 1)];
+        }
+        for (std::uint32_t step = 0; step < (deep ? 2000 : 400); ++step) {
+            const std::uint32_t action = random.Below(links.empty() ? 1 : deep ? 4 : 8);
+            if (action == 0 && links.size() + (deep ? step : 0) < most) {
                 links.push_back(PageAcquire(pool, kKindVariable, 4096, 0)->link);
                 continue;
             }
@@ -75,7 +81,7 @@ TEST(RingIndex, MadeUpRings) {
                 case 3:
                     link->linkFlags = static_cast<std::uint16_t>(random.Below(2) * kNothingToSlide +
                                                                  random.Below(3));
-                    RingIndexRaise(link);
+                    RingIndexNote(link);
                     break;
                 default:
                     SetFreeHint(link, static_cast<std::uint16_t>(random.Below(20) * kGranule));

@@ -23,7 +23,7 @@ AddressZone* NewZone() {
             return nullptr;
         }
         if (memory != nullptr) {
-            std::memset(memory, 0, sizeof(AddressZone::marks));
+            std::memset(memory, 0, offsetof(AddressZone, notes));
         }
         return static_cast<AddressZone*>(memory);
     }

@@ -31,6 +31,9 @@ struct AddressZone {
     static constexpr std::uint32_t kUnits = 1U << 16;
 
     std::uint8_t marks[kUnits];
+    /// Of a unit at whose base a page stands: how many bytes behind the page's header block data
+    /// may begin. 0 for all others.
+    std::uint16_t reaches[kUnits];
     UnitNote notes[kUnits];
 };
 
@@ -75,6 +78,10 @@ inline void SetMark(const void* base, unsigned mark) {
     const auto address = reinterpret_cast<std::uintptr_t>(base);
     std::atomic_ref(MarkIn(*ZoneOf(address), address))
         .store(static_cast<std::uint8_t>(mark), std::memory_order_relaxed);
+}
+
+inline std::atomic_ref<std::uint16_t> ReachIn(AddressZone& zone, std::uintptr_t address) {
+    return std::atomic_ref(zone.reaches[(address >> 16) & (AddressZone::kUnits - 1)]);
 }
 
 /// The mark of a region of `committed` bytes, of which the first unit counts.

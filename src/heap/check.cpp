@@ -113,7 +113,13 @@ HeapFault LinkFault(HeapPool* pool, PageLink* link, unsigned kind) {
     if (MarkAt(page) != MarkOf(kMarkPage, size) || PageSizeOf(page) != size) {
         return {"address map is wrong about a page", page};
     }
-    return PageFault(page);
+    if (const HeapFault fault = PageFault(page)) {
+        return fault;
+    }
+    const auto base = reinterpret_cast<std::uintptr_t>(page);
+    return ReachIn(*ZoneOf(base), base) == ReachOf(page)
+               ? HeapFault{}
+               : HeapFault{"address map is wrong about a page's blocks", page};
 }
 
 HeapFault RingFault(HeapPool* pool, unsigned kind, Tally& tally) {

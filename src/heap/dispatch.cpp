@@ -18,28 +18,21 @@ namespace {
 /// Whether `block` can be a block in use of its live page. Beyond the page this tells a
 /// variable-size block that is free already, and most addresses inside a block.
 bool IsBlockOf(const HeapPage* page, char* block) {
-    switch (KindOf(page)) {
-        case kKindFixed:
-            return block < page->carveEnd;
-        case kKindLarge:
-            return OffsetInUnit(block) == kPageHeader;
-        default:
-            return OffsetInUnit(block) % kGranule == 0 && InUse(HeaderOfData(block));
+    if (KindOf(page) == kKindFixed || KindOf(page) == kKindLarge) {
+        return true;
     }
+    return OffsetInUnit(block) % kGranule == 0 && InUse(HeaderOfData(block));
 }
 
 /// The same for a block that no handle owns.
 bool IsPointerOf(const HeapPage* page, char* block) {
     switch (KindOf(page)) {
         case kKindFixed:
-            return block < page->carveEnd;
+            return true;
         case kKindLarge:
-            return OffsetInUnit(block) == kPageHeader && page->ownerSlot == nullptr;
-        default: {
-            constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
-            return OffsetInUnit(block) % kGranule == 0 &&
-                   (HeaderOf(HeaderOfData(block)) & kOwned) == kBlockInUse;
-        }
+            return page->ownerSlot == nullptr;
+        default:
+            return IsPlainBlock(block, HeaderOf(HeaderOfData(block)));
     }
 }
 
@@ -86,7 +79,7 @@ std::uint32_t UsableSize(char* block) {
 namespace {
 
 /// PoolAlloc for a pool whose lock is held, or has none.
-inline char* AllocBySize(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
+char* AllocBySize(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
     if (size > pool->fixedSize) {
         return size > pool->largeThreshold ? LargeAlloc(pool, flags, size)
                                            : VariableAlloc(pool, flags, size);
@@ -105,18 +98,6 @@ inline char* AllocBySize(HeapPool* pool, std::uint32_t size, std::uint32_t flags
     return block;
 }
 
-// The paths that few calls take stand apart, so that the others save no registers for them.
-
-[[gnu::noinline]] char* AllocUnderLock(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
-    const PoolHold hold(pool);
-    return AllocBySize(pool, size, flags);
-}
-
-[[gnu::noinline]] void FreeUnderLock(HeapPage* page, char* block) {
-    const PoolHold hold(page->pool);
-    page->freeBlock(block);
-}
-
 [[gnu::noinline, gnu::cold]] void RaiseBadPool() {
     HeapErrorDispatch(nullptr, MEM_BAD_MEM_POOL);
 }
@@ -132,11 +113,8 @@ char* PoolAlloc(HeapPool* pool, std::uint32_t size, std::uint32_t flags) {
         RaiseBadPool();
         return nullptr;
     }
-    flags &= ~std::uint32_t{AllocRelocatable};
-    if ((pool->flags & PoolSerialised) != 0) [[unlikely]] {
-        return AllocUnderLock(pool, size, flags);
-    }
-    return AllocBySize(pool, size, flags);
+    const PoolHold hold(pool);
+    return AllocBySize(pool, size, flags & ~std::uint32_t{AllocRelocatable});
 }
 
 int PoolFree(char* block) {
@@ -146,13 +124,8 @@ int PoolFree(char* block) {
         return 0;
     }
     BlockDies(block);
-    if ((page->pool->flags & PoolSerialised) != 0) [[unlikely]] {
-        FreeUnderLock(page, block);
-    } else if (KindOf(page) == kKindVariable) {
-        VariableFree(block);
-    } else {
-        page->freeBlock(block);
-    }
+    const PoolHold hold(page->pool);
+    page->freeBlock(block);
     return 1;
 }
 

@@ -43,21 +43,8 @@ void FetchAhead(HeapPage* page) {
     }
 }
 
-/// The block that the walk of the ring behind its head gives, or null.
-[[gnu::noinline]] char* TakeBehind(PageLink*& head) {
-    while (PageLink* link = RingFirstBehind(head, kMayHaveFree)) {
-        if (char* block = TakeFirst(link->page); block != nullptr) {
-            head = link;
-            FetchAhead(link->page);
-            return block;
-        }
-    }
-    return nullptr;
-}
-
 /// The block that the walk of the ring from its head gives, or null.
-char* TakeFromRing(HeapPool* pool) {
-    PageLink*& head = pool->pageLists[kKindFixed];
+char* TakeFromRing(PageLink*& head) {
     if (head == nullptr) {
         return nullptr;
     }
@@ -66,7 +53,14 @@ char* TakeFromRing(HeapPool* pool) {
             return block;
         }
     }
-    return TakeBehind(head);
+    while (PageLink* link = RingFirstBehind(head, kMayHaveFree)) {
+        if (char* block = TakeFirst(link->page); block != nullptr) {
+            head = link;
+            FetchAhead(link->page);
+            return block;
+        }
+    }
+    return nullptr;
 }
 
 /// A page of the pool's size or, where the system has no room for that, of a smaller one.
@@ -114,7 +108,7 @@ void FixedPageCarve(HeapPage* page, std::uint32_t blockSize, std::uint32_t pageS
 }
 
 char* FixedAlloc(HeapPool* pool) {
-    if (char* block = TakeFromRing(pool); block != nullptr) {
+    if (char* block = TakeFromRing(pool->pageLists[kKindFixed]); block != nullptr) {
         return block;
     }
     HeapPage* page = AcquireFixedPage(pool);
@@ -122,14 +116,14 @@ char* FixedAlloc(HeapPool* pool) {
 }
 
 void FixedFree(char* block) {
-    HeapPage* page = PageBase(block);
-    char* chain = page->freeChain;
-    Store(block, chain);
-    page->freeChain = block;
-    if (chain == nullptr) {
+    FixedFreeInPage(PageBase(block), block);
+}
+
+void AfterFixedFree(HeapPage* page, bool wasFull) {
+    if (wasFull) {
         SetMayHaveFree(page, 1);
     }
-    if (--page->blockCount == 0) {
+    if (page->blockCount == 0) {
         PageRelease(page, 1);
     }
 }

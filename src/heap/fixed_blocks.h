@@ -20,6 +20,34 @@ char* FixedAlloc(HeapPool* pool);
 /// Believes that `block` is a block in use.
 void FixedFree(char* block);
 
+/// What most calls need: the first free block of the page that served last, or null.
+inline char* FixedTakeAtHead(const HeapPool* pool) {
+    const PageLink* link = pool->pageLists[kKindFixed];
+    if (link == nullptr) {
+        return nullptr;
+    }
+    HeapPage* page = link->page;
+    char* block = page->freeChain;
+    if (block == nullptr) {
+        return nullptr;
+    }
+    page->freeChain = Load<char*>(block);
+    ++page->blockCount;
+    return block;
+}
+
+/// The rarer ends of a free: the page was full, or is empty now.
+void AfterFixedFree(HeapPage* page, bool wasFull);
+
+inline void FixedFreeInPage(HeapPage* page, char* block) {
+    char* chain = page->freeChain;
+    Store(block, chain);
+    page->freeChain = block;
+    if (--page->blockCount == 0 || chain == nullptr) [[unlikely]] {
+        AfterFixedFree(page, chain == nullptr);
+    }
+}
+
 /// Whether the page's chain and counts add up.
 HeapFault FixedPageFault(const HeapPage* page);
 

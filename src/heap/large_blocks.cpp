@@ -41,7 +41,7 @@ void SwapPages(char* from, char* to) {
     auto* page = reinterpret_cast<HeapPage*>(to);
     BlockLeft(BlockOf(reinterpret_cast<HeapPage*>(from)));
     const HandleHold hold;
-    SetMark(from, kMarkNothing);
+    UnmarkPage(reinterpret_cast<HeapPage*>(from));
     MarkPage(page, RegionSize(to));
     page->link->page = page;
     if (page->ownerSlot != nullptr) {

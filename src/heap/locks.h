@@ -4,7 +4,6 @@
 #pragma once
 
 #include <atomic>
-#include <exception>
 
 #include "heap/records.h"
 
@@ -36,15 +35,8 @@ extern std::uint32_t HandleLockDepth;
 /// Guards the handler, the chain of pools and the thread table.
 extern constinit ProcessLock RegistryLock;
 
-inline void TakeHandleLock() {
-    HandleLock.Take();
-    ++HandleLockDepth;
-}
-
-inline void ReleaseHandleLock() {
-    --HandleLockDepth;
-    HandleLock.Release();
-}
+void TakeHandleLock();
+void ReleaseHandleLock();
 
 inline void TakePoolLock(HeapPool* pool) {
     if ((pool->flags & PoolSerialised) != 0) {
@@ -63,32 +55,46 @@ inline void ReleasePoolLock(HeapPool* pool) {
 /// A handler that throws takes its thread out of the heap with the pool lock dropped already.
 class [[nodiscard]] PoolHold {
   public:
-    explicit PoolHold(HeapPool* pool)
+    [[gnu::always_inline]] explicit PoolHold(HeapPool* pool)
         : pool_((pool->flags & PoolSerialised) != 0 ? pool : nullptr) {
         if (pool_ != nullptr) [[unlikely]] {
-            exceptions_ = std::uncaught_exceptions();
-            TakePoolLock(pool_);
+            Take();
         }
     }
-    ~PoolHold() {
-        if (pool_ != nullptr && exceptions_ == std::uncaught_exceptions()) [[unlikely]] {
-            ReleasePoolLock(pool_);
+    [[gnu::always_inline]] ~PoolHold() {
+        if (pool_ != nullptr) [[unlikely]] {
+            Release();
         }
     }
     PoolHold(const PoolHold&) = delete;
     PoolHold& operator=(const PoolHold&) = delete;
 
   private:
+    void Take();
+    void Release();
+
     HeapPool* pool_;  ///< null where there is no lock to hold
     int exceptions_ = 0;
 };
 
+/// Takes no lock where no other thread can want it: none starts while a hold lasts.
 class [[nodiscard]] HandleHold {
   public:
-    HandleHold() { TakeHandleLock(); }
-    ~HandleHold() { ReleaseHandleLock(); }
+    HandleHold() : held_(!platform::OnlyThread()) {
+        if (held_) [[unlikely]] {
+            TakeHandleLock();
+        }
+    }
+    ~HandleHold() {
+        if (held_) [[unlikely]] {
+            ReleaseHandleLock();
+        }
+    }
     HandleHold(const HandleHold&) = delete;
     HandleHold& operator=(const HandleHold&) = delete;
+
+  private:
+    bool held_;
 };
 
 class [[nodiscard]] RegistryHold {

@@ -81,7 +81,7 @@ int PageRelease(HeapPage* page, int floorTest) {
     PageLinkRelease(pool, link, kind);
     pool->footprint -= size;
     page->signature = 0;
-    SetMark(page, kMarkNothing);
+    UnmarkPage(page);
     RegionFree(page);
     return 1;
 }

@@ -65,7 +65,7 @@ void FreePages(PageLink* head) {
         HeapPage* page = link->page;
         link = link->next;
         page->signature = 0;
-        SetMark(page, kMarkNothing);
+        UnmarkPage(page);
         RegionFree(page);
     } while (link != head);
 }

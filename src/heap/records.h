@@ -142,12 +142,38 @@ inline bool IsPageSignature(std::uint16_t word) {
     return (word & kPageSignatureMask) == kPageSignature;
 }
 
+/// How many bytes behind the header of a page block data may begin.
+inline std::uint16_t ReachOf(const HeapPage* page) {
+    const auto upTo = [](const char* end) {
+        return static_cast<std::uint16_t>(OffsetInUnit(end - 1) + 1 - kPageHeader);
+    };
+    switch (KindOf(page)) {
+        case kKindFixed:
+            return upTo(page->carveEnd);
+        case kKindLarge:
+            return 1;
+        default:
+            return upTo(page->sentinel);
+    }
+}
+
+inline void SetReach(const HeapPage* page, std::uint16_t reach) {
+    const auto address = reinterpret_cast<std::uintptr_t>(page);
+    ReachIn(*ZoneOf(address), address).store(reach, std::memory_order_relaxed);
+}
+
 /// Marks the first unit of a page of `committed` bytes, which makes its addresses live.
 inline void MarkPage(HeapPage* page, std::uint32_t committed) {
     if (KindOf(page) == kKindLarge) {
         LargeSizeAt(page).store(committed, std::memory_order_relaxed);
     }
+    SetReach(page, ReachOf(page));
     SetMark(page, MarkOf(kMarkPage, committed));
+}
+
+inline void UnmarkPage(const HeapPage* page) {
+    SetReach(page, 0);
+    SetMark(page, kMarkNothing);
 }
 
 /// Committed bytes of a live page. The marks of all kinds but the large one tell them.
@@ -168,11 +194,14 @@ inline bool IsLivePool(const HeapPool* pool) {
 }
 
 /// The live page that `block`, any address at all, can be data of; null if there is none.
-inline HeapPage* LivePage(const void* block) {
-    const unsigned mark = MarkAt(block);
-    const std::uint32_t offset = OffsetInUnit(block);
-    if ((mark & kMarkPage) == 0 || offset < kPageHeader ||
-        offset >= (mark & kMarkSteps) * kCommitStep) {
+[[gnu::always_inline]] inline HeapPage* LivePage(const void* block) {
+    const auto address = reinterpret_cast<std::uintptr_t>(block);
+    AddressZone* zone = ZoneOf(address);
+    if (zone == nullptr) {
+        return nullptr;
+    }
+    const std::uint32_t reach = ReachIn(*zone, address).load(std::memory_order_relaxed);
+    if (OffsetInUnit(block) - kPageHeader >= reach) {
         return nullptr;
     }
     HeapPage* page = PageBase(block);

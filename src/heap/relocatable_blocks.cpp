@@ -14,28 +14,19 @@ namespace veldt::heap {
 
 namespace {
 
-/// The page of a handle's block, or null. The caller holds HandleLock.
-HeapPage* PageOfHandle(const HandleSlot* slot) {
-    HeapPage* page = IsSlot(slot) ? LivePage(slot->block) : nullptr;
-    if (page == nullptr) {
-        return nullptr;
-    }
-    if (KindOf(page) == kKindLarge) {
-        return page->ownerSlot != nullptr ? page : nullptr;
-    }
-    constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
-    return (HeaderOf(HeaderOfData(slot->block)) & kOwned) == kOwned ? page : nullptr;
+[[gnu::noinline, gnu::cold]] void RaiseBadHandle() {
+    HeapErrorDispatch(nullptr, MEM_BAD_HANDLE);
 }
 
 /// The pool of a handle; null, with error 13 raised, for what is none.
-HeapPool* ValidatedPool(const HandleSlot* slot) {
+[[gnu::always_inline]] inline HeapPool* ValidatedPool(const HandleSlot* slot) {
     {
         const HandleHold hold;
-        if (const HeapPage* page = PageOfHandle(slot); page != nullptr) {
+        if (const HeapPage* page = PageOfHandle(slot); page != nullptr) [[likely]] {
             return page->pool;
         }
     }
-    HeapErrorDispatch(nullptr, MEM_BAD_HANDLE);
+    RaiseBadHandle();
     return nullptr;
 }
 

@@ -5,7 +5,7 @@
 // Every operation on a slot takes any pointer at all; what is no handle raises error 13.
 #pragma once
 
-#include "heap/records.h"
+#include "heap/variable_blocks.h"
 
 namespace veldt::heap {
 
@@ -45,18 +45,40 @@ struct RelocState {
 };
 RelocState RelocStateOf(HandleSlot* slot);
 
+inline constexpr std::uint32_t kSlotSize = sizeof(HandleSlot);
+
 /// True if `slot`, any pointer at all, stands in a slot table.
 inline bool IsSlot(const HandleSlot* slot) {
     const unsigned mark = MarkAt(slot);
-    const std::uint32_t offset = OffsetInUnit(slot);
-    return (mark & kMarkSlots) != 0 && offset >= kPointer &&
-           (offset - kPointer) % sizeof(HandleSlot) == 0 &&
-           offset + sizeof(HandleSlot) <= std::size_t{mark & kMarkSteps} * kCommitStep;
+    // In front of the first slot the difference is more than any region holds.
+    const std::uint32_t place = OffsetInUnit(slot) - kPointer;
+    return (mark & kMarkSlots) != 0 && place % kSlotSize == 0 &&
+           place < (mark & kMarkSteps) * kCommitStep - (kPointer + kSlotSize - 1);
+}
+
+/// The page of a handle's block, or null for what is no handle. The caller holds HandleLock.
+[[gnu::always_inline]] inline HeapPage* PageOfHandle(const HandleSlot* slot) {
+    if (!IsSlot(slot)) {
+        return nullptr;
+    }
+    char* block = slot->block;
+    HeapPage* page = LivePage(block);
+    if (page == nullptr) {
+        return nullptr;
+    }
+    if (KindOf(page) == kKindLarge) {
+        return page->ownerSlot != nullptr ? page : nullptr;
+    }
+    constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
+    return (HeaderOf(HeaderOfData(block)) & kOwned) == kOwned ? page : nullptr;
 }
 
 /// A free slot, or null. The caller holds the pool lock.
 HandleSlot* SlotChainPop(HeapPool* pool);
-void SlotChainPush(HeapPool* pool, HandleSlot* slot);
+inline void SlotChainPush(HeapPool* pool, HandleSlot* slot) {
+    slot->block = reinterpret_cast<char*>(pool->freeSlots);
+    pool->freeSlots = slot;
+}
 /// 1 if there are free slots afterwards.
 int SlotTableGrow(HeapPool* pool);
 

@@ -28,11 +28,6 @@ void CarveSlots(HeapPool* pool, char* region, std::uint32_t from) {
 
 }  // namespace
 
-void SlotChainPush(HeapPool* pool, HandleSlot* slot) {
-    slot->block = reinterpret_cast<char*>(pool->freeSlots);
-    pool->freeSlots = slot;
-}
-
 HandleSlot* SlotChainPop(HeapPool* pool) {
     while (pool->freeSlots == nullptr) {
         if (SlotTableGrow(pool) == 0) {

@@ -7,6 +7,7 @@
 #include "heap/pages.h"
 #include "heap/regions.h"
 #include "heap/ring_index.h"
+#include "heap/variable_page.h"
 
 namespace veldt::heap {
 
@@ -20,58 +21,9 @@ std::uint16_t SplitThreshold(const HeapPage* page) {
         std::max(page->pool->fixedSize + kGranule - 1, kSmallestBlock));
 }
 
-/// Uses the whole of a free block.
-void TakeWhole(char* block) {
-    UnlinkFree(block);
-    SetBits(block, kBlockInUse);
-    SetBits(BlockAfter(block), kPreviousInUse);
-}
-
-/// Makes `block` a free one of `size` bytes behind a block in use; the one after it knows already.
-void MakeFree(char* block, unsigned size) {
-    SetHeader(block, size | kPreviousInUse);
-    SetFooterBefore(block + size, size);
-}
-
-/// Cuts `need` bytes off the low end of a free block. Gives the remainder.
-char* TakeLowEnd(HeapPage* page, char* block, std::uint16_t need, unsigned rest) {
-    SetHeader(block, need | kBlockInUse | (HeaderOf(block) & kPreviousInUse));
-    UnlinkFree(block);
-    char* remainder = block + need;
-    MakeFree(remainder, rest);
-    InsertFree(page, remainder);
-    return remainder;
-}
-
-/// Cuts `need` bytes off the high end of a free block, which keeps its place in the ring.
-char* TakeHighEnd(char* block, std::uint16_t need, unsigned rest) {
-    MakeFree(block, rest);
-    char* taken = block + rest;
-    SetHeader(taken, need | kBlockInUse);
-    SetBits(taken + need, kPreviousInUse);
-    return taken;
-}
-
-/// Cuts a free block by the page's rules, and leaves the rover where the next search starts.
-inline char* CutFree(HeapPage* page, char* block, std::uint16_t need, std::uint32_t flags) {
-    const unsigned rest = FreeSize(block) - unsigned{need};
-    if (rest < page->splitThreshold) {
-        page->rover = RingNext(block);
-        TakeWhole(block);
-        return block;
-    }
-    if ((flags & (AllocRelocatable | AllocLowEnd)) != 0) {
-        page->rover = TakeLowEnd(page, block, need, rest);
-        return block;
-    }
-    page->rover = RingNext(block);
-    return TakeHighEnd(block, need, rest);
-}
-
 /// What the search does on coming back to where it started: slides the page if that may help, and
 /// else gives null with freeHint corrected.
-[[gnu::noinline]] char* SearchEnds(HeapPage* page, std::uint16_t need, std::uint32_t flags,
-                                   std::uint16_t largest) {
+char* SearchEnds(HeapPage* page, std::uint16_t need, std::uint32_t flags, std::uint16_t largest) {
     const auto compactPage = page->pool->compactPage;
     if ((flags & (AllocRelocatable | AllocNoCompact)) == AllocRelocatable &&
         compactPage != nullptr && compactPage(page, need, nullptr) >= need &&
@@ -84,7 +36,7 @@ inline char* CutFree(HeapPage* page, char* block, std::uint16_t need, std::uint3
 }
 
 /// The block that the search from the rover gives, or null with freeHint corrected.
-inline char* SearchPage(HeapPage* page, std::uint16_t need, std::uint32_t flags) {
+char* SearchPage(HeapPage* page, std::uint16_t need, std::uint32_t flags) {
     char* const start = page->rover;
     char* block = start;
     std::uint16_t largest = 0;
@@ -97,26 +49,6 @@ inline char* SearchPage(HeapPage* page, std::uint16_t need, std::uint32_t flags)
         }
     }
     return block;
-}
-
-/// VariablePageAlloc, inline where the flags are known.
-[[gnu::always_inline]] inline char* AllocInPage(HeapPage* page, std::uint16_t need,
-                                                std::uint32_t flags) {
-    char* block = SearchPage(page, need, flags);
-    if (block == nullptr) {
-        return nullptr;
-    }
-    block = CutFree(page, block, need, flags);
-    BlockBorn(DataOf(block), flags);
-    if ((flags & AllocZero) != 0) {
-        std::memset(DataOf(block), 0, UsedSize(block) - kHeaderSize);
-    }
-    if ((flags & AllocRelocatable) != 0 && AtMostOneFree(page->rover)) {
-        SetFreeHint(page->link, FreeSize(RingNext(page->sentinel)));
-        page->link->linkFlags |= kNothingToSlide;
-    }
-    ++page->blockCount;
-    return DataOf(block);
 }
 
 /// The block that the walk of the ring behind its head gives, or null. A page that is tried in vain
@@ -135,16 +67,14 @@ char* SearchRing(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_
     return nullptr;
 }
 
-[[gnu::always_inline]] inline char* TryHead(const HeapPool* pool, PageKind kind, std::uint16_t need,
-                                            std::uint32_t flags) {
+char* TryHead(const HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_t flags) {
     const PageLink* head = pool->pageLists[kind];
-    return head != nullptr && need <= head->freeHint ? AllocInPage(head->page, need, flags)
+    return head != nullptr && need <= head->freeHint ? VariablePageAlloc(head->page, need, flags)
                                                      : nullptr;
 }
 
 /// What VariableAlloc does when the page that served last has no room.
-[[gnu::noinline]] char* AllocBeyondHead(HeapPool* pool, PageKind kind, std::uint16_t need,
-                                        std::uint32_t flags) {
+char* AllocBeyondHead(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_t flags) {
     char* data = SearchRing(pool, kind, need, flags);
     while (data == nullptr) {
         if ((flags & (AllocRelocatable | AllocNoCompact)) == AllocRelocatable &&
@@ -187,47 +117,35 @@ std::uint16_t VariablePageInit(HeapPage* page, std::uint32_t pageSize) {
 char* VariableAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
     const auto kind = static_cast<PageKind>(flags & AllocRelocatable);
     const std::uint16_t need = BlockSizeFor(size);
-    char* data =
-        flags == 0 ? TryHead(pool, kKindVariable, need, 0) : TryHead(pool, kind, need, flags);
+    char* data = TryHead(pool, kind, need, flags);
     return data != nullptr ? data : AllocBeyondHead(pool, kind, need, flags);
 }
 
 char* VariablePageAlloc(HeapPage* page, std::uint16_t need, std::uint32_t flags) {
-    return AllocInPage(page, need, flags);
+    char* found = SearchPage(page, need, flags);
+    if (found == nullptr) {
+        return nullptr;
+    }
+    char* block = TakeFound(page, found, HeaderOf(found), need, flags);
+    BlockBorn(DataOf(block), flags);
+    if ((flags & AllocZero) != 0) {
+        std::memset(DataOf(block), 0, UsedSize(block) - kHeaderSize);
+    }
+    return DataOf(block);
 }
 
 void VariableFree(char* data) {
-    char* block = HeaderOfData(data);
-    HeapPage* page = PageBase(block);
-    const std::uint16_t header = HeaderOf(block);
-    const bool joinsPrevious = (header & kPreviousInUse) == 0;
-    unsigned size = header & kFreeSizeMask;
-    char* after = block + size;
-    if (joinsPrevious) {
-        const unsigned before = FooterBefore(block);
-        block -= before;
-        size += before;
-    }
-    if (!InUse(after)) {
-        if (after == page->rover) {
-            page->rover = block;
-        }
-        UnlinkFree(after);
-        size += FreeSize(after);
-        after = block + size;
-    }
-    MakeFree(block, size);
+    FreeInPage(PageBase(data), HeaderOfData(data), HeaderOf(HeaderOfData(data)));
+}
+
+void AfterFree(HeapPage* page, unsigned size, bool slidable) {
     if (size > page->link->freeHint) {
         SetFreeHint(page->link, static_cast<std::uint16_t>(size));
     }
-    ClearBits(after, kPreviousInUse);
-    if (!joinsPrevious) {
-        if (RingNext(page->sentinel) != page->sentinel) {
-            ClearNothingToSlide(page->link);
-        }
-        InsertFree(page, block);
+    if (slidable) {
+        ClearNothingToSlide(page->link);
     }
-    if (--page->blockCount == 0) {
+    if (page->blockCount == 0) {
         PageRelease(page, 1);
     }
 }

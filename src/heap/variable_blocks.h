@@ -62,10 +62,10 @@ VELDT20_EXEMPT inline void SetHeader(char* block, unsigned word) {
     __atomic_store_n(reinterpret_cast<std::uint16_t*>(block), static_cast<std::uint16_t>(word),
                      __ATOMIC_RELAXED);
 }
-inline void SetBits(char* block, unsigned bits) {
+[[gnu::always_inline]] inline void SetBits(char* block, unsigned bits) {
     SetHeader(block, HeaderOf(block) | bits);
 }
-inline void ClearBits(char* block, unsigned bits) {
+[[gnu::always_inline]] inline void ClearBits(char* block, unsigned bits) {
     SetHeader(block, HeaderOf(block) & ~bits);
 }
 inline bool InUse(const char* block) {
@@ -97,6 +97,13 @@ inline char* DataOf(char* block) {
     return block + kHeaderSize;
 }
 
+/// Whether `data`, an address in a page of these blocks with `header` before it, can be that of a
+/// block in use that no handle owns.
+inline bool IsPlainBlock(const char* data, unsigned header) {
+    constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
+    return OffsetInUnit(data) % kGranule == 0 && (header & kOwned) == kBlockInUse;
+}
+
 inline char* RingNext(const char* block) {
     return Load<char*>(block + kRingNext);
 }
@@ -110,11 +117,13 @@ inline void SetRingPrev(char* block, char* prev) {
     Store(block + kRingPrev, prev);
 }
 
-inline void UnlinkFree(char* block) {
-    char* next = RingNext(block);
-    char* prev = RingPrev(block);
+/// Takes what stands between two members out of the ring.
+inline void Unlink(char* next, char* prev) {
     SetRingNext(prev, next);
     SetRingPrev(next, prev);
+}
+inline void UnlinkFree(char* block) {
+    Unlink(RingNext(block), RingPrev(block));
 }
 
 /// Right behind the sentinel, always.

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "heap/block_life.h"
-#include "heap/relocatable_blocks.h"
+#include "heap/quick_calls.h"
 #include "heap/stress.h"
 #include "memory/memory_calls.h"
 
@@ -134,24 +134,43 @@ namespace {
 
 constexpr std::int16_t kClear = 64;
 
-char** NewHandle(std::int32_t size, std::int16_t clear) {
+[[gnu::noinline]] char** NewHandle(std::uint32_t size, std::int16_t clear) {
     char** h = nullptr;
-    MemNewHandle(&h, static_cast<std::uint32_t>(size), clear);
+    MemNewHandle(&h, size, clear);
     return h;
+}
+
+[[gnu::noinline]] void DisposeHandle(char** h) {
+    MemDisposeHandle(h);
 }
 
 }  // namespace
 
 char** _XNewHandle(std::int32_t size) {
-    return NewHandle(size, 0);
+    const auto wanted = static_cast<std::uint32_t>(size);
+    if (wanted > kLargestSize || kStress) {
+        return NewHandle(wanted, 0);
+    }
+    HandleSlot* slot = RelocAllocQuickly(InstancePool, wanted + kExcessSize);
+    if (slot == nullptr) {
+        return NewHandle(wanted, 0);
+    }
+    slot->size = wanted;
+    BlockHolds(slot->block, wanted);
+    SetMemError(0);
+    return &slot->block;
 }
 
 char** _XNewHandleClear(std::int32_t size) {
-    return NewHandle(size, kClear);
+    return NewHandle(static_cast<std::uint32_t>(size), kClear);
 }
 
 void XDisposeHandle(char** h) {
-    MemDisposeHandle(h);
+    if (RelocFreeQuickly(SlotOfHandle(h))) {
+        SetMemError(0);
+    } else {
+        DisposeHandle(h);
+    }
 }
 
 std::int32_t XGetHandleSize(char** h) {

@@ -1,7 +1,7 @@
 // Pointer blocks: they never move, and keep the excess of their physical over their logical size
 // in their last two bytes.
 #include "heap/block_life.h"
-#include "heap/granule.h"
+#include "heap/quick_calls.h"
 #include "heap/stress.h"
 #include "memory/memory_calls.h"
 
@@ -64,24 +64,43 @@ namespace {
 
 constexpr std::int16_t kClear = 64;
 
-char* NewPtr(std::int32_t size, std::int16_t clear) {
+[[gnu::noinline]] char* NewPtr(std::uint32_t size, std::int16_t clear) {
     char* p = nullptr;
-    MemNewPtr(&p, static_cast<std::uint32_t>(size), clear);
+    MemNewPtr(&p, size, clear);
     return p;
+}
+
+[[gnu::noinline]] void DisposePtr(char* p) {
+    MemDisposePtr(p);
 }
 
 }  // namespace
 
 char* _XNewPtr(std::int32_t size) {
-    return NewPtr(size, 0);
+    const auto wanted = static_cast<std::uint32_t>(size);
+    if (wanted > kLargestSize || kStress) {
+        return NewPtr(wanted, 0);
+    }
+    const auto [block, physical] = AllocQuickly(InstancePool, wanted + kExcessSize);
+    if (block == nullptr) {
+        return NewPtr(wanted, 0);
+    }
+    WriteExcess(block, physical, wanted);
+    BlockHolds(block, wanted);
+    SetMemError(0);
+    return block;
 }
 
 char* _XNewPtrClear(std::int32_t size) {
-    return NewPtr(size, kClear);
+    return NewPtr(static_cast<std::uint32_t>(size), kClear);
 }
 
 void XDisposePtr(char* p) {
-    MemDisposePtr(p);
+    if (FreeQuickly(p)) {
+        SetMemError(0);
+    } else {
+        DisposePtr(p);
+    }
 }
 
 std::int32_t XGetPtrSize(char* p) {

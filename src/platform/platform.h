@@ -67,7 +67,7 @@ SIZE_T VirtualQuery(const void* address, MEMORY_BASIC_INFORMATION* info, SIZE_T 
 void GiveBackIdleMemory();
 
 // Locks and threads: CRITICAL_SECTION, InitializeCriticalSection, EnterCriticalSection,
-// LeaveCriticalSection, DeleteCriticalSection, GetCurrentThreadId ------------- (posix/locks.h)
+// LeaveCriticalSection, DeleteCriticalSection, GetCurrentThreadId, OnlyThread -- (posix/locks.h)
 
 // Pointer tests (pointer_tests.cpp) ------------------------------------------------------------
 

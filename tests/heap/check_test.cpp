@@ -105,6 +105,9 @@ TEST_F(Damage, PoolsAndLinks) {
     SetMark(page, MarkOf(kMarkPage, 4096));
     EXPECT_STREQ(PoolFault(pool).what, "address map is wrong about a page");
     SetMark(page, MarkOf(kMarkPage, 16384));
+    SetReach(page, 1);
+    EXPECT_STREQ(PoolFault(pool).what, "address map is wrong about a page's blocks");
+    SetReach(page, ReachOf(page));
 }
 
 }  // namespace

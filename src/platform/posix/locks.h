@@ -20,11 +20,6 @@ struct CRITICAL_SECTION {
 };
 static_assert(sizeof(CRITICAL_SECTION) == 24);
 
-namespace locks {
-
-/// 0 until the thread asks for its number for the first time.
-extern constinit thread_local std::uint32_t threadNumber;
-
 /// Whether the process has one thread only: then nobody can come between a load and a store, and
 /// the first thread that it starts will see what was stored.
 inline bool OnlyThread() {
@@ -34,6 +29,11 @@ inline bool OnlyThread() {
     return false;
 #endif
 }
+
+namespace locks {
+
+/// 0 until the thread asks for its number for the first time.
+extern constinit thread_local std::uint32_t threadNumber;
 
 /// Takes the lock if it is free; otherwise gives its holder in `seen`, which comes in as 0.
 inline bool TryEnter(CRITICAL_SECTION* section, std::uint32_t self, std::uint32_t& seen) {

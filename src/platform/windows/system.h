@@ -91,6 +91,11 @@ inline void* VirtualAllocUnits(SIZE_T size) {
     return base;
 }
 
+/// Nothing here tells how many threads the process has.
+inline bool OnlyThread() {
+    return false;
+}
+
 /// The system keeps nothing of what has been given back.
 inline void GiveBackIdleMemory() {}
 

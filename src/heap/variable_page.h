@@ -1,0 +1,118 @@
+// What every allocation and every free does in a page of variable-size blocks: inline, since these
+// few steps are most of what a call costs. Whatever is rare is left to functions that are called at
+// the very end, so that the steps before it need save no registers for them.
+#pragma once
+
+#include "heap/variable_blocks.h"
+
+namespace veldt::heap {
+
+/// Makes `block` a free one of `size` bytes behind a block in use; the one after it knows already.
+inline void MakeFree(char* block, unsigned size) {
+    SetHeader(block, size | kPreviousInUse);
+    SetFooterBefore(block + size, size);
+}
+
+/// Cuts `need` bytes off a free block with this header by the page's rules, leaves the rover where
+/// the next search starts, and gives the block that is now in use.
+[[gnu::always_inline]] inline char* CutFree(HeapPage* page, char* block, unsigned header,
+                                            std::uint16_t need, std::uint32_t flags) {
+    const unsigned size = header & kFreeSizeMask;
+    const unsigned rest = size - need;
+    char* next = RingNext(block);
+    if (rest < page->splitThreshold) {
+        page->rover = next;
+        Unlink(next, RingPrev(block));
+        SetHeader(block, header | kBlockInUse);
+        SetBits(block + size, kPreviousInUse);
+        return block;
+    }
+    if ((flags & (AllocRelocatable | AllocLowEnd)) != 0) {
+        char* remainder = block + need;
+        Unlink(next, RingPrev(block));
+        SetHeader(block, need | kBlockInUse | (header & kPreviousInUse));
+        MakeFree(remainder, rest);
+        InsertFree(page, remainder);
+        page->rover = remainder;
+        return block;
+    }
+    page->rover = next;
+    MakeFree(block, rest);
+    char* taken = block + rest;
+    SetHeader(taken, need | kBlockInUse);
+    SetBits(taken + need, kPreviousInUse);
+    return taken;
+}
+
+/// Uses the block that a search has found, which has this header.
+[[gnu::always_inline]] inline char* TakeFound(HeapPage* page, char* found, unsigned header,
+                                              std::uint16_t need, std::uint32_t flags) {
+    char* block = CutFree(page, found, header, need, flags);
+    if ((flags & AllocRelocatable) != 0 && AtMostOneFree(page->rover)) {
+        page->link->freeHint = FreeSize(RingNext(page->sentinel));
+        page->link->linkFlags |= kNothingToSlide;
+    }
+    ++page->blockCount;
+    return block;
+}
+
+/// What most calls need: the first or second block that the search of the page which served last
+/// comes to. Null, and nothing done, if neither suffices. The rover is often at the sentinel, so
+/// that the first is none.
+[[gnu::always_inline]] inline char* TakeNearRover(const HeapPool* pool, PageKind kind,
+                                                  std::uint16_t need, std::uint32_t flags) {
+    const PageLink* link = pool->pageLists[kind];
+    if (link == nullptr || need > link->freeHint) {
+        return nullptr;
+    }
+    HeapPage* page = link->page;
+    char* found = page->rover;
+    unsigned header = HeaderOf(found);
+    if (header < need) {
+        found = RingNext(found);
+        header = HeaderOf(found);
+        if (header < need) {
+            return nullptr;
+        }
+    }
+    return TakeFound(page, found, header, need, flags);
+}
+
+/// The rarer ends of a free that has made a free block of `size` bytes.
+void AfterFree(HeapPage* page, unsigned size, bool slidable);
+
+/// Frees a block in use whose header is `header`.
+[[gnu::always_inline]] inline void FreeInPage(HeapPage* page, char* block, unsigned header) {
+    const bool joinsPrevious = (header & kPreviousInUse) == 0;
+    unsigned size = header & kUsedSizeMask;
+    char* after = block + size;
+    if (joinsPrevious) {
+        const unsigned before = FooterBefore(block);
+        block -= before;
+        size += before;
+    }
+    unsigned headerAfter = HeaderOf(after);
+    if ((headerAfter & kBlockInUse) == 0) {
+        if (after == page->rover) {
+            page->rover = block;
+        }
+        UnlinkFree(after);
+        size += headerAfter & kFreeSizeMask;
+        after = block + size;
+        headerAfter = HeaderOf(after);
+    }
+    MakeFree(block, size);
+    SetHeader(after, headerAfter & ~unsigned{kPreviousInUse});
+    bool slidable = false;
+    if (!joinsPrevious) {
+        slidable = RingNext(page->sentinel) != page->sentinel &&
+                   (page->link->linkFlags & kNothingToSlide) != 0;
+        InsertFree(page, block);
+    }
+    const unsigned blockCount = --page->blockCount;
+    if (size > page->link->freeHint || slidable || blockCount == 0) [[unlikely]] {
+        AfterFree(page, size, slidable);
+    }
+}
+
+}  // namespace veldt::heap

@@ -25,6 +25,14 @@ Numbers Long(const auto& record) {
     return InOrder<std::int32_t>(record);
 }
 
+/// What a conversion writes to its second argument.
+template <class From, class To>
+To Made(void (*convert)(const From&, To&) noexcept, const From& from) {
+    To to{};
+    convert(from, to);
+    return to;
+}
+
 TEST(NativeGeometry, CornersLieInTheRectangle) {
     XNRect rect{1, 2, 3, 4};
     EXPECT_EQ(Short(TopLeft(std::as_const(rect))), (Numbers{1, 2}));
@@ -35,30 +43,22 @@ TEST(NativeGeometry, CornersLieInTheRectangle) {
 }
 
 TEST(NativeGeometry, PlatformRecordsByName) {
-    tagRECT wide = std::bit_cast<tagRECT>(std::array{65537, -1, 0x12348000, 70000});
-    XNRect rect{};
-    RECTToXNRect(wide, rect);
+    const auto wide = std::bit_cast<tagRECT>(std::array{65537, -1, 0x12348000, 70000});
+    const XNRect rect = Made(RECTToXNRect, wide);
     EXPECT_EQ(Short(rect), (Numbers{-1, 1, 4464, -32768}));
     EXPECT_EQ(Short(XRect(wide)), Short(rect));
-    XNRectToRECT(rect, wide);
-    EXPECT_EQ(Long(wide), (Numbers{1, -1, -32768, 4464}));
-    _SMALL_RECT console{};
-    XNRectToSRect(rect, console);
-    EXPECT_EQ(Short(console), Long(wide));
-    wide = {};
-    SRectToRECT(console, wide);
-    EXPECT_EQ(Short(console), Long(wide));
-    XNRect back{};
-    SRectToXNRect(console, back);
-    EXPECT_EQ(Short(back), Short(rect));
+    const Numbers swapped{1, -1, -32768, 4464};
+    EXPECT_EQ(Long(Made(XNRectToRECT, rect)), swapped);
+    const _SMALL_RECT console = Made(XNRectToSRect, rect);
+    EXPECT_EQ(Short(console), swapped);
+    EXPECT_EQ(Long(Made(SRectToRECT, console)), swapped);
+    EXPECT_EQ(Short(Made(SRectToXNRect, console)), Short(rect));
 
-    tagPOINT place = std::bit_cast<tagPOINT>(std::array{70000, -1});
-    XNPoint point{};
-    POINTToXNPoint(place, point);
+    const auto place = std::bit_cast<tagPOINT>(std::array{70000, -1});
+    const XNPoint point = Made(POINTToXNPoint, place);
     EXPECT_EQ(Short(point), (Numbers{-1, 4464}));
-    EXPECT_EQ(Short(XPoint(place)), (Numbers{-1, 4464}));
-    XNPointToPOINT(point, place);
-    EXPECT_EQ(Long(place), (Numbers{4464, -1}));
+    EXPECT_EQ(Short(XPoint(place)), Short(point));
+    EXPECT_EQ(Long(Made(XNPointToPOINT, point)), (Numbers{4464, -1}));
 }
 
 TEST(NativeGeometry, ClassesTakeAndGiveNativeRecords) {

@@ -1,99 +1,199 @@
+// Points and rectangles of all widths, on random coordinates against 64-bit arithmetic.
 #include <gtest/gtest.h>
 #include <veldt20/geometry.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstdint>
+#include <limits>
+#include <random>
 
-#include "geometry/coordinates.h"
 #include "support/seed.h"
 
 namespace veldt::tests {
 
+/// A rectangle in a width where nothing under test can overflow.
+struct Wide {
+    std::int64_t top, left, bottom, right;
+
+    bool operator==(const Wide&) const = default;
+};
+
 template <class Rect>
-class Rectangles : public testing::Test {};
+Wide Widen(const Rect& r) {
+    return {r.top, r.left, r.bottom, r.right};
+}
+
+/// What fits of 64-bit coordinates, whatever the order in which the class takes them.
+template <class Rect>
+Rect Narrow(const Wide& w) {
+    Rect r;
+    r.top = static_cast<decltype(r.top)>(w.top);
+    r.left = static_cast<decltype(r.top)>(w.left);
+    r.bottom = static_cast<decltype(r.top)>(w.bottom);
+    r.right = static_cast<decltype(r.top)>(w.right);
+    return r;
+}
+
+/// The same in 64 bits again.
+template <class Rect>
+Wide Wrapped(const Wide& w) {
+    return Widen(Narrow<Rect>(w));
+}
+
+template <class Rect>
+class Rectangles : public testing::Test {
+  protected:
+    using Coordinate = decltype(Rect::top);
+
+    /// Often the same or near another, often at the ends of the range, else anything.
+    Coordinate Any() {
+        using Limits = std::numeric_limits<Coordinate>;
+        const auto few = static_cast<Coordinate>(random_() % 4);
+        const Coordinate choice[] = {few, static_cast<Coordinate>(Limits::min() + few),
+                                     static_cast<Coordinate>(Limits::max() - few),
+                                     static_cast<Coordinate>(random_())};
+        return choice[random_() % 4];
+    }
+    Wide AnyWide() { return {Any(), Any(), Any(), Any()}; }
+
+  private:
+    std::mt19937 random_{Seed()};
+};
 
 using Classes = testing::Types<XRect, XLongRect, XFixRect>;
 TYPED_TEST_SUITE(Rectangles, Classes);
 
-// In all of these: top, left, bottom, right.
-struct Case {
-    Wide a, b, common;
-    bool sect;
-};
-
-constexpr Case kCases[] = {
-    {{0, 0, 10, 10}, {5, 5, 20, 20}, {5, 5, 10, 10}, true},
-    {{0, 0, 10, 10}, {0, 10, 10, 20}, {0, 10, 10, 10}, true},
-    {{0, 0, 10, 10}, {10, 10, 20, 20}, {10, 10, 10, 10}, true},
-    {{0, 0, 10, 10}, {20, 20, 30, 30}, {0, 0, 0, 0}, false},
-    {{0, 0, 10, 10}, {2, 11, 8, 12}, {0, 0, 0, 0}, false},
-    {{0, 0, 10, 10}, {4, 4, 4, 8}, {4, 4, 4, 8}, true},
-    {{0, 0, 10, 10}, {8, 0, 2, 10}, {0, 0, 0, 0}, false},
-    {{0, 0, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 0}, true},
-};
-
-TYPED_TEST(Rectangles, IntersectionTable) {
-    for (const Case& c : kCases) {
-        auto rect = Narrow<TypeParam>(c.a);
-        EXPECT_EQ(&(rect &= Narrow<TypeParam>(c.b)), &rect);
-        EXPECT_EQ(Widen(rect), c.common);
-        if constexpr (requires(XNRect & out) { rect.SectRect(rect, out); }) {
-            rect = Narrow<TypeParam>(c.a);
-            XNRect out{77, 77, 77, 77};
-            EXPECT_EQ(rect.SectRect(Narrow<TypeParam>(c.b), out), c.sect ? 1 : 0);
-            EXPECT_EQ(Widen(rect), c.common);
-            EXPECT_EQ(Widen(out), c.sect ? c.common : (Wide{77, 77, 77, 77}));
-        }
-    }
-}
-
 TYPED_TEST(Rectangles, RandomAgainstWideArithmetic) {
-    std::mt19937 random(Seed());
-    const auto any = [&] { return AnyCoordinate<decltype(TypeParam::top)>(random); };
     for (int run = 0; run < 20000 && !this->HasFailure(); ++run) {
-        const Wide a{any(), any(), any(), any()}, b{any(), any(), any(), any()};
-        const auto rect = Narrow<TypeParam>(a);
+        const Wide a = this->AnyWide(), b = this->AnyWide();
+        const auto rect = Narrow<TypeParam>(a), other = Narrow<TypeParam>(b);
         const bool valid = a.left <= a.right && a.top <= a.bottom;
         EXPECT_EQ(rect.IsValid(), valid ? 1 : 0);
         EXPECT_EQ(rect.IsEmpty(), !valid || a.left == a.right || a.top == a.bottom ? 1 : 0);
 
-        const Wide common{std::max(a.top, b.top), std::max(a.left, b.left),
-                          std::min(a.bottom, b.bottom), std::min(a.right, b.right)};
+        const Wide both{std::max(a.top, b.top), std::max(a.left, b.left),
+                        std::min(a.bottom, b.bottom), std::min(a.right, b.right)};
+        const bool meet = both.top <= both.bottom && both.left <= both.right;
         auto changed = rect;
-        changed &= Narrow<TypeParam>(b);
-        EXPECT_EQ(Widen(changed),
-                  common.top <= common.bottom && common.left <= common.right ? common : Wide{});
+        EXPECT_EQ(&(changed &= other), &changed);
+        EXPECT_EQ(Widen(changed), meet ? both : Wide{});
+        if constexpr (requires(XNRect & out) { changed.SectRect(other, out); }) {
+            changed = rect;
+            XNRect out{77, 77, 77, 77};
+            EXPECT_EQ(changed.SectRect(other, out), meet ? 1 : 0);
+            EXPECT_EQ(Widen(changed), meet ? both : Wide{});
+            EXPECT_EQ(Widen(out), meet ? Wrapped<XNRect>(both) : (Wide{77, 77, 77, 77}));
+        }
 
-        const decltype(rect.TopLeft()) distance(any(), any());
-        const std::int64_t dx = distance.x, dy = distance.y;
+        const decltype(rect.TopLeft()) by(this->Any(), this->Any());
+        const std::int64_t x = by.x, y = by.y;
         changed = rect;
-        EXPECT_EQ(Widen(changed += distance),
-                  Wrapped<TypeParam>({a.top + dy, a.left + dx, a.bottom + dy, a.right + dx}));
+        EXPECT_EQ(Widen(changed += by),
+                  Wrapped<TypeParam>({a.top + y, a.left + x, a.bottom + y, a.right + x}));
         changed = rect;
-        EXPECT_EQ(Widen(changed -= distance),
-                  Wrapped<TypeParam>({a.top - dy, a.left - dx, a.bottom - dy, a.right - dx}));
+        EXPECT_EQ(Widen(changed -= by),
+                  Wrapped<TypeParam>({a.top - y, a.left - x, a.bottom - y, a.right - x}));
+    }
+}
+
+using FixRectangles = Rectangles<XFixRect>;
+
+TEST_F(FixRectangles, RandomAgainstWideArithmetic) {
+    for (int run = 0; run < 20000 && !HasFailure(); ++run) {
+        const Wide a = AnyWide(), b = AnyWide();
+        const auto rect = Narrow<XFixRect>(a), other = Narrow<XFixRect>(b);
+        EXPECT_EQ(Widen(rect | other),
+                  (Wide{std::min(a.top, b.top), std::min(a.left, b.left),
+                        std::max(a.bottom, b.bottom), std::max(a.right, b.right)}));
+        XFixRect changed = rect;
+        EXPECT_EQ(Widen(rect & other), Widen(changed &= other));
+        EXPECT_EQ(rect.Width(), static_cast<std::int32_t>(a.right - a.left));
+        EXPECT_EQ(rect.Height(), static_cast<std::int32_t>(a.bottom - a.top));
+
+        const XFixPoint p(Any(), Any());
+        const std::int64_t x = p.x, y = p.y;
+        EXPECT_EQ(rect.Contains(p),
+                  a.left <= x && x <= a.right && a.top <= y && y <= a.bottom ? 1 : 0);
+        changed.PtToRect(p, rect.TopLeft());
+        EXPECT_EQ(Widen(changed), (Wide{std::min(y, a.top), std::min(x, a.left), std::max(y, a.top),
+                                        std::max(x, a.left)}));
+        changed = rect;
+        changed.Inset(p.x, p.y);
+        EXPECT_EQ(Widen(changed),
+                  Wrapped<XFixRect>({a.top + y, a.left + x, a.bottom - y, a.right - x}));
+        changed = rect;
+        changed.Offset(p.x, p.y);
+        EXPECT_EQ(Widen(changed), Widen(rect + p));
+        EXPECT_EQ(Widen(changed - p), a);
+        EXPECT_EQ(rect.TopLeft() + p == (rect + p).TopLeft(), 1);
+        EXPECT_EQ(rect.TopLeft() - p == (rect - p).TopLeft(), 1);
     }
 }
 
 TYPED_TEST(Rectangles, FieldsAreTakenInTheirOrder) {
-    using Fields = std::array<decltype(TypeParam::top), 4>;
-    using Corner = std::array<decltype(TypeParam::top), 2>;
+    using Fields = std::array<typename TestFixture::Coordinate, 4>;
     TypeParam rect(1, 2, 3, 4);
     EXPECT_EQ(std::bit_cast<Fields>(rect), (Fields{1, 2, 3, 4}));
     rect.Set(5, 6, 7, 8);
     EXPECT_EQ(std::bit_cast<Fields>(rect), (Fields{5, 6, 7, 8}));
+    using Corner = std::array<typename TestFixture::Coordinate, 2>;
     EXPECT_EQ(std::bit_cast<Corner>(rect.TopLeft()), (Corner{5, 6}));
     if constexpr (requires { rect.BotRight(); }) {
         EXPECT_EQ(std::bit_cast<Corner>(rect.BotRight()), (Corner{7, 8}));
     }
     if constexpr (requires { rect == rect; }) {
-        EXPECT_EQ(rect == TypeParam(5, 6, 7, 8), 1);
-        EXPECT_EQ(rect != TypeParam(5, 6, 7, 8), 0);
-        for (const TypeParam& other : {TypeParam(4, 6, 7, 8), TypeParam(5, 4, 7, 8),
+        for (const TypeParam& other : {rect, TypeParam(4, 6, 7, 8), TypeParam(5, 4, 7, 8),
                                        TypeParam(5, 6, 4, 8), TypeParam(5, 6, 7, 4)}) {
-            EXPECT_EQ(rect == other, 0);
-            EXPECT_EQ(rect != other, 1);
+            EXPECT_EQ(rect == other, Widen(rect) == Widen(other) ? 1 : 0);
+            EXPECT_EQ(rect != other, Widen(rect) == Widen(other) ? 0 : 1);
+        }
+    }
+}
+
+using Pair = std::array<std::int32_t, 2>;
+
+Pair Of(const XFixPoint& p) {
+    return std::bit_cast<Pair>(p);
+}
+
+TEST_F(FixRectangles, CornersAreReadAndWritten) {
+    XFixRect r(1, 2, 3, 4);
+    EXPECT_EQ(Of(r.TopRight()), (Pair{3, 2}));
+    EXPECT_EQ(Of(r.BottomRight()), (Pair{3, 4}));
+    EXPECT_EQ(Of(r.BottomLeft()), (Pair{1, 4}));
+    r.TopRight(XFixPoint(30, 20));
+    r.BottomLeft(XFixPoint(10, 40));
+    EXPECT_EQ(r == XFixRect(10, 20, 30, 40), 1);
+    r.TopLeft(XFixPoint(-1, -2));
+    r.BottomRight(XFixPoint(-3, -4));
+    EXPECT_EQ(r == XFixRect(-1, -2, -3, -4), 1);
+    r.Set(XFixPoint(8, 7), XFixPoint(6, 5));
+    EXPECT_EQ(r == XFixRect(8, 7, 6, 5), 1);
+}
+
+TEST(FixPoint, ProductsAndQuotientsAreTheShortcuts) {
+    constexpr std::int32_t k1 = 0x00010000;
+    EXPECT_EQ(Of(XFixPoint(2 * k1, 3 * k1) * XFixPoint(k1 / 2, 2 * k1)), (Pair{k1, 6 * k1}));
+    // Half of three steps is cut off where FixMul would round it.
+    EXPECT_EQ(Of(XFixPoint(3, -3) * XFixPoint(k1 / 2, k1 / 2)), (Pair{1, -1}));
+    EXPECT_EQ(Of(XFixPoint(k1, 0) / XFixPoint(0, k1)), (Pair{0x7FFFFFFF, 0}));
+    EXPECT_EQ(Of(XFixPoint(0, 5 * k1) / XFixPoint(0, -5 * k1)), (Pair{0, -k1}));
+}
+
+TEST(FixPoint, OrdersAskBothCoordinates) {
+    const XFixPoint a(1, 5);
+    for (int x = 0; x < 3; ++x) {
+        for (int y = 4; y < 7; ++y) {
+            XFixPoint b(0, 0);
+            b.Set(x, y);
+            EXPECT_EQ(a == b, x == 1 && y == 5 ? 1 : 0);
+            EXPECT_EQ(a != b, x == 1 && y == 5 ? 0 : 1);
+            EXPECT_EQ(a<b, x> 1 && y > 5 ? 1 : 0);
+            EXPECT_EQ(a > b, x < 1 && y < 5 ? 1 : 0);
+            EXPECT_EQ(a <= b, x >= 1 && y >= 5 ? 1 : 0);
+            EXPECT_EQ(a >= b, x <= 1 && y <= 5 ? 1 : 0);
         }
     }
 }

@@ -95,32 +95,30 @@ std::vector<Case> Cases(const char* text) {
 
 TEST(Decimal, Texts) {
     for (const Case& c :
-         Cases("0 6 3.14159 ' 3.14159e+0'   0 6 -3.14159 '-3.14159e+0'  0 6 1e300 ' 1.00000e+300' "
-               "0 6 1e-5 ' 1.00000e-5'      0 6 0 ' 0.00000e-1'         0 6 -0 ' 0.00000e-1' "
-               "0 3 9.996 ' 1.000e+1'       0 3 9.9999999 ' 1.000e+1'   0 3 0.9999999 ' 1.000e+0' "
-               "0 3 1.005 ' 1.00e+0'        0 1 3 ' 3.e+0'              0 1 0.96 ' 1.0e+0' "
-               "0 0 3 ' 3.e+0'              0 -400 2.5 ' 3.e+0'         0 5 -inf 'INF' "
-               "0 6 nan 'NAN'               0 -7 inf 'INF'              "
-               "0 6 -12345679012345 '-1.23457e+13'  0 15 5e-324 ' 4.94065645841247e-324' "
-               "0 15 0.6666666666666666 ' 6.66666666666667e-1' "
+         Cases("0 6 -3.14159 '-3.14159e+0'  0 6 1e300 ' 1.00000e+300'  0 6 1e-5 ' 1.00000e-5' "
+               "0 6 -0 ' 0.00000e-1'        0 3 9.996 ' 1.000e+1'      0 3 9.9999999 ' 1.000e+1' "
+               "0 1 3 ' 3.e+0'              0 -400 2.5 ' 3.e+0'        0 5 -inf 'INF' "
+               "0 6 nan 'NAN'               0 6 -12345679012345 '-1.23457e+13' "
+               "0 15 5e-324 ' 4.94065645841247e-324' "
                "0 17 0.6666666666666666 ' 6.6666666666666700e-1' "
                "0 16 9.999999999999998 ' 1.0000000000000000e+1' "
-               "1 2 3.14159 '3.14'   1 2 -3.14159 '-3.14'   1 0 1234.5 '1235'   1 2 9.996 '10.00' "
-               "1 2 99.99999 '100.00'  1 2 1.005 '1.00'     1 2 0.005 '0.01'    1 2 0.001 '0.00' "
-               "1 2 0.0001 '0.000'   1 2 -0.001 '-0.00'     1 0 0.4 '0.'        1 0 0.5 '1' "
-               "1 0 0 '0.'           1 2 0 '0.00'           1 2 -0 '0.00'       1 1 0.06 '0.1' "
-               "1 -1 1234 '1230'     1 -3 1234 '1000'       1 -3 600 '1000'     1 -3 -400 '-0' "
-               "1 -5 1234 '0'        1 -32768 1e300 '0'     1 -32768 0.5 '0.'   255 2 2.5 '2.50' "
-               "1 2 -inf 'INF'       1 0 nan 'NAN'")) {
+               "1 2 3.14159 '3.14'   1 0 1234.5 '1235'      1 2 9.996 '10.00'   1 2 1.005 '1.00' "
+               "1 2 0.005 '0.01'     1 2 0.0001 '0.000'     1 2 -0.001 '-0.00'  1 0 0.4 '0.' "
+               "1 0 0.5 '1'          1 0 0 '0.'             1 2 -0 '0.00'       1 1 0.06 '0.1' "
+               "1 -1 1234 '1230'     1 -3 600 '1000'        1 -3 -400 '-0'      1 -5 1234 '0' "
+               "1 -32768 1e300 '0'   255 2 2.5 '2.50'       1 2 -inf 'INF'      1 0 nan 'NAN'")) {
         EXPECT_EQ(Text(c.style, c.digitCount, c.x), c.result);
     }
     // Below the tie, but not in 17 digits.
     EXPECT_EQ(Text(kFloat, 7, 1.0303445), " 1.030345e+0");
-    for (const int digitCount : {20, 21, 25, 400, 32767}) {
+    for (int mode = 0; mode < 4; ++mode) {
+        const Rounding rounding(mode);
+        EXPECT_EQ(Text(kFloat, 2, -1.25), mode < 2 ? "-1.3e+0" : "-1.2e+0");
+        EXPECT_EQ(Text(kFixed, 0, 0.9), mode < 2 ? "1" : "0.");
+    }
+    for (const int digitCount : {20, 21, 32767}) {
         EXPECT_EQ(Text(kFloat, digitCount, 1.0), " 1." + Zeros(19) + "e+0");
     }
-    EXPECT_EQ(Text(kFixed, 20, 0.1), "0.1" + Zeros(19));
-    EXPECT_EQ(Text(kFixed, 250, 0.5), "0.5" + Zeros(249));
     // Longer texts are cut.
     EXPECT_EQ(Text(kFixed, 2, 1e300), "1" + Zeros(254));
     EXPECT_EQ(Text(kFixed, 32767, -1.5), "-1.5" + Zeros(251));
@@ -128,29 +126,12 @@ TEST(Decimal, Texts) {
     EXPECT_EQ(Text(kFixed, 400, 0.5), "0.5" + Zeros(252));
 }
 
-TEST(Decimal, ModesRoundHalfUpOrCut) {
-    for (int mode = 0; mode < 4; ++mode) {
-        const Rounding rounding(mode);
-        const bool up = mode < 2;
-        EXPECT_EQ(Text(kFloat, 3, 1.2355), up ? " 1.24e+0" : " 1.23e+0");
-        EXPECT_EQ(Text(kFloat, 2, -1.25), up ? "-1.3e+0" : "-1.2e+0");
-        EXPECT_EQ(Text(kFixed, 0, 0.9), up ? "1" : "0.");
-        EXPECT_EQ(Text(kFixed, -3, 999.0), up ? "1000" : "0");
-        EXPECT_EQ(Text(kFloat, 16, 2.0 / 3.0),
-                  up ? " 6.666666666666670e-1" : " 6.666666666666660e-1");
-        EXPECT_EQ(Record(kFloat, 2, -1.25), up ? "1 -1 13" : "1 -1 12");
-    }
-}
-
 TEST(Decimal, Records) {
     for (const Case& c :
-         Cases("0 6 3.14159 '0 -5 314159'  0 5 -1234.5 '1 -1 12345'  0 3 9.996 '0 -1 100' "
-               "0 6 0 '0 -6 000000'        0 6 -0 '0 -6 000000'      0 -400 26 '0 1 3' "
-               "0 6 inf '0 0 INF'          0 6 -inf '1 0 INF'        0 6 nan '0 0 NAN' "
-               "0 6 -nan '1 0 NAN'         1 2 3.14159 '0 -2 314'    1 2 -9.996 '1 -2 1000' "
-               "1 0 1234.5 '0 0 1235'      1 -2 1250 '0 2 13'        1 -4 1234 '0 4 0' "
-               "1 2 0.0012 '0 -2 0'        1 4 0.00126 '0 -4 13'     1 2 0 '0 -2 00' "
-               "1 -400 -1 '1 400 0'        255 2 -inf '1 0 INF'")) {
+         Cases("0 5 -1234.5 '1 -1 12345'  0 3 9.996 '0 -1 100'   0 6 -0 '0 -6 000000' "
+               "0 -400 26 '0 1 3'         0 6 -inf '1 0 INF'     0 6 -nan '1 0 NAN' "
+               "1 2 -9.996 '1 -2 1000'    1 -2 1250 '0 2 13'     1 2 0.0012 '0 -2 0' "
+               "1 2 0 '0 -2 00'           1 -400 -1 '1 400 0'    255 2 -inf '1 0 INF'")) {
         EXPECT_EQ(Record(c.style, c.digitCount, c.x), c.result) << c.digitCount << ' ' << c.x;
     }
     EXPECT_EQ(Record(kFloat, 20, 1.0), "0 -19 1" + Zeros(19));
@@ -162,14 +143,20 @@ TEST(Decimal, Records) {
 TEST(Decimal, RecordsToNumbers) {
     const struct {
         int sign, exponent;
-        const char* digits;
+        std::string digits;
         double x;
-    } cases[] = {{0, -5, "314159", 3.14159}, {1, -1, "12345", -1234.5},
-                 {0, 3, "12e1", 120},        {2, 0, "5", 5},
-                 {255, 0, "5", -5},          {0, 3, "", 0},
-                 {0, 32767, "1", kInf},      {0, -32768, "1", 0},
-                 {0, 5, "INF", kInf},        {1, 5, "INF", -kInf},
-                 {0, 5, "NAN", kSentinel},   {1, 5, "NAN", kSentinel}};
+    } cases[] = {{0, -5, "314159", 3.14159},
+                 {1, -1, "12345", -1234.5},
+                 {0, 3, "12e1", 120},
+                 {2, 0, "5", 5},
+                 {255, 0, "5", -5},
+                 {0, 3, "", 0},
+                 {0, 32767, "1", kInf},
+                 {0, -32768, "1", 0},
+                 {1, 5, "INF", -kInf},
+                 {1, 5, "NAN", kSentinel},
+                 {0, 1, {"12\00034", 5}, 120},
+                 {0, 0, std::string(255, '1'), 11111111111111111111111.0}};
     for (const auto& c : cases) {
         EXPECT_EQ(Number(c.sign, c.exponent, c.digits), c.x) << c.digits << ' ' << c.exponent;
     }
@@ -177,9 +164,6 @@ TEST(Decimal, RecordsToNumbers) {
         const double zero = Number(1, 7, digits);
         EXPECT_TRUE(zero == 0 && !std::signbit(zero)) << digits;
     }
-    EXPECT_EQ(Number(0, 1, std::string("12\00034", 5)), 120) << "a zero byte ends the digits";
-    EXPECT_EQ(Number(0, 0, std::string(255, '1')), 11111111111111111111111.0)
-        << "a length beyond the record";
 }
 
 TEST(Decimal, TextToNumbers) {
@@ -216,24 +200,17 @@ TEST(Decimal, TextIsRoundedTheCallersWay) {
     const struct {
         const char* text;
         double nearest, above, below;
-    } cases[] = {
-        {"0.1", 0.1, 0.1, 0x1.9999999999999p-4},
-        {"0.5000000000000000000000", 0.5, 0.5, 0.5},
-        {"0.50000000000000000000001", 0.5, 0.5 + 0x1p-53, 0.5},
-        {"4310552153e14", 0x1.6d1e333edbc17p+78, 0x1.6d1e333edbc17p+78, 0x1.6d1e333edbc16p+78},
-        {"9007199254740993", 0x1p53, 0x1p53 + 2, 0x1p53},
-        {"1.7976931348623158e308", kLargest, kInf, kLargest},
-        {"1e400", kInf, kInf, kLargest},
-        {"1e-400", 0, 5e-324, 0},
-        {"0e-400", 0, 0, 0},
-        {"4e-324", 5e-324, 5e-324, 0},
-        {"0x1.00000000000008p0", 1, 1 + 0x1p-52, 1},
-        {"0x1.000000000000080000000001p0", 1 + 0x1p-52, 1 + 0x1p-52, 1},
-        {"0x0.fffffffffffff8p-1022", 0x1p-1022, 0x1p-1022, 0x0.fffffffffffffp-1022},
-        {"0x1p-1075", 0, 5e-324, 0},
-        {"0x1.00000000000000000001p-1075", 5e-324, 5e-324, 0},
-        {"0x1p-99999999999", 0, 5e-324, 0},
-        {"0x1p1024", kInf, kInf, kLargest}};
+    } cases[] = {{"0.1", 0.1, 0.1, 0x1.9999999999999p-4},
+                 {"0.50000000000000000000001", 0.5, 0.5 + 0x1p-53, 0.5},
+                 {"9007199254740993", 0x1p53, 0x1p53 + 2, 0x1p53},
+                 {"1.7976931348623158e308", kLargest, kInf, kLargest},
+                 {"1e-400", 0, 5e-324, 0},
+                 {"0x1.00000000000008p0", 1, 1 + 0x1p-52, 1},
+                 {"0x1.000000000000080000000001p0", 1 + 0x1p-52, 1 + 0x1p-52, 1},
+                 {"0x0.fffffffffffff8p-1022", 0x1p-1022, 0x1p-1022, 0x0.fffffffffffffp-1022},
+                 {"0x1.00000000000000000001p-1075", 5e-324, 5e-324, 0},
+                 {"0x1p-99999999999", 0, 5e-324, 0},
+                 {"0x1p1024", kInf, kInf, kLargest}};
     for (const auto& c : cases) {
         const double results[] = {c.nearest, c.above, c.below, c.below};
         const double negated[] = {c.nearest, c.below, c.above, c.below};
@@ -246,13 +223,6 @@ TEST(Decimal, TextIsRoundedTheCallersWay) {
     }
     const Rounding upward(1);
     EXPECT_GT(Parsed("-0.1"), Number(1, -1, "1")) << "a record's sign comes on after rounding";
-}
-
-TEST(Decimal, RoundTripsLoseSignsAndNans) {
-    EXPECT_EQ(Parsed(Text(kFloat, 14, kSentinel)), kSentinel);
-    EXPECT_NE(Parsed(Text(kFloat, 13, kSentinel)), kSentinel);
-    EXPECT_EQ(Parsed(Text(kFloat, 6, -kInf)), kInf);
-    EXPECT_EQ(Parsed(Text(kFixed, 6, NAN)), kSentinel);
 }
 
 bool PrintsCommas() {

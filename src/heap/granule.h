@@ -33,6 +33,7 @@ template <class T>
 VELDT20_EXEMPT T Load(const void* address) {
     const Exempt exempt;
     T value;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): T may well be a pointer.
     std::memcpy(&value, address, sizeof(T));
     return value;
 }
@@ -40,6 +41,7 @@ VELDT20_EXEMPT T Load(const void* address) {
 template <class T>
 VELDT20_EXEMPT void Store(void* address, T value) {
     const Exempt exempt;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): T may well be a pointer.
     std::memcpy(address, &value, sizeof(T));
 }
 

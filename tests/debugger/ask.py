@@ -7,7 +7,7 @@ import re
 import gdb
 
 source = gdb.convenience_variable("source").string()
-questions = re.findall(r"//\? (.*)\n\s*//= (.*)", open(source).read())
+questions = re.findall(r"//\? (.*?): (.*)", open(source).read())
 
 gdb.execute("set print pretty off")
 gdb.execute("set breakpoint pending off")
@@ -18,7 +18,7 @@ gdb.execute("up")
 wrong = 0
 for question, expected in questions:
     try:
-        answer = gdb.execute(question, to_string=True).split(" = ", 1)[1].strip()
+        answer = gdb.execute("print " + question, to_string=True).split(" = ", 1)[1].strip()
     except gdb.error as error:
         answer = str(error)
     pattern = expected.replace("[", "[[]")

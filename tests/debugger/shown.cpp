@@ -1,5 +1,5 @@
-// A program that stops with one of everything. Behind `//?` stands what gdb is asked, in the line
-// below behind `//=` what it has to answer, with * for whatever differs from run to run.
+// A program that stops with one of everything. Behind `//?` stands what gdb is asked to print, and
+// behind the colon what it has to answer, with * for whatever differs from run to run.
 #include <veldt20/memory.h>
 #include <veldt20/veldt20.h>
 
@@ -37,77 +37,53 @@ int main(int, char** argv) {
     struct Everything {
         char** arguments;
 
-        //? print everything.text
-        //= "a\000line"
+        //? everything.text: "a\000line"
         XCString text = XCString("a\0line", 6);
-        //? print everything.empty
-        //= ""
+        //? everything.empty: ""
         XCString empty;
-        //? print everything.name
-        //= "budget"
+        //? everything.name: "budget"
         XStr<31> name = "budget";
-        //? print (XString&)everything.name
-        //= *"budget"
-        //? print $xpascal(everything.pascal)
-        //= "five!"
+        //? (XString&)everything.name: *"budget"
+        //? $xpascal(everything.pascal): "five!"
         unsigned char pascal[6] = {5, 'f', 'i', 'v', 'e', '!'};
-        //? print $xpascal(&everything.pascal[0])
-        //= "five!"
+        //? $xpascal(&everything.pascal[0]): "five!"
 
-        //? print everything.point
-        //= (3, -4)
+        //? everything.point: (3, -4)
         XPoint point = XPoint(3, -4);
-        //? print everything.nativeRect
-        //= (2, 1) to (4, 3)
+        //? everything.nativeRect: (2, 1) to (4, 3)
         XNRect nativeRect = {1, 2, 3, 4};
-        //? print everything.longRect
-        //= (2, 1) to (4, 70000)
+        //? everything.longRect: (2, 1) to (4, 70000)
         XLongRect longRect = XLongRect(1, 2, 70000, 4);
-        //? print everything.fixPoint
-        //= (1.5, -0.0000152587890625)
+        //? everything.fixPoint: (1.5, -0.0000152587890625)
         XFixPoint fixPoint = XFixPoint(0x18000, -1);
-        //? print everything.fixRect
-        //= (0, 1) to (2, 3.25)
+        //? everything.fixRect: (0, 1) to (2, 3.25)
         XFixRect fixRect = XFixRect(0, 0x10000, 0x20000, 0x34000);
-        //? print $xfix(everything.half)
-        //= -0.5
+        //? $xfix(everything.half): -0.5
         std::int32_t half = -0x8000;
-        //? print everything.decimal
-        //= -125e-2
+        //? everything.decimal: -125e-2
         XNDecimal decimal = {1, -2, {3, '1', '2', '5'}};
 
-        //? print everything.handle
-        //= handle 0x*: 300 bytes at 0x*, 2 locks, moveable
+        //? everything.handle: handle 0x*: 300 bytes at 0x*, 2 locks, moveable
         char** handle = _XNewHandle(300);
-        //? print everything.fixed
-        //= handle 0x*: 200 bytes at 0x*, 1 lock, in a fixed place
+        //? everything.fixed: handle 0x*: 200 bytes at 0x*, 1 lock, in a fixed place
         char** fixed = _XNewHandle(200);
-        //? print everything.large
-        //= handle 0x*: 9000 bytes at 0x*, not locked, with a region of its own
+        //? everything.large: handle 0x*: 9000 bytes at 0x*, not locked, with a region of its own
         char** large = _XNewHandle(9000);
-        //? print everything.disposed
-        //= (char **) 0x*
+        //? everything.disposed: (char **) 0x*
         char** disposed = _XNewHandle(10);
-        //? print everything.arguments
-        //= (char **) 0x*
+        //? everything.arguments: (char **) 0x*
 
-        //? print everything.pointers
-        //= 2 elements = {[0] = 0x0, [1] = 0x*}
+        //? everything.pointers: 2 elements = {[0] = 0x0, [1] = 0x*}
         XSinglePtrList pointers;
-        //? print everything.single
-        //= 2 elements = {[0] = 0x*, [1] = 0x*}
+        //? everything.single: 2 elements = {[0] = 0x*, [1] = 0x*}
         XIntrusiveSingleList single = XIntrusiveSingleList(offsetof(Job, next));
-        //? print everything.both
-        //= 0 elements
+        //? everything.both: 0 elements
         XIntrusiveDoubleList both = XIntrusiveDoubleList(offsetof(Job, next), offsetof(Job, prev));
-        //? print everything.numbers
-        //= *3 elements of 4 bytes, room for 4*
+        //? everything.numbers: *3 elements of 4 bytes, room for 4*
         Numbers numbers;
-        //? print everything.records
-        //= 2 records of 3 bytes, room for 7, locked = {[0] = "abc", [1] = "def"}
+        //? everything.records: 2 records of 3 bytes, room for 7, locked = {* = "abc", [1] = "def"}
         XHandleArray records = XHandleArray(5, 3);
-        //? print everything.buffer
-        //= 80 bytes at 0x*
+        //? everything.buffer: 80 bytes at 0x*
         XAllocator buffer;
     } everything;
 

@@ -30,8 +30,10 @@ inline bool IsPlainPool(const HeapPool* pool) {
     }
     if (size <= pool->fixedSize) {
         grant = {.block = FixedTakeAtHead(pool), .usable = pool->fixedSize};
-    } else if (char* block = TakeNearRover(pool, kKindVariable, BlockSizeFor(size), 0)) {
-        grant = {.block = DataOf(block), .usable = UsedSize(block) - kHeaderSize};
+    } else if (const auto [block, taken] =
+                   TakeNearRover(pool, kKindVariable, BlockSizeFor(size), 0);
+               block != nullptr) {
+        grant = {.block = DataOf(block), .usable = taken - kHeaderSize};
     }
     if (grant.block != nullptr) {
         BlockBorn(grant.block, 0);
@@ -71,14 +73,14 @@ inline bool IsPlainPool(const HeapPool* pool) {
     if (slot == nullptr) {
         return nullptr;
     }
-    char* block =
+    const auto [block, taken] =
         TakeNearRover(pool, kKindRelocatable, BlockSizeFor(size + kTrailerSize), AllocRelocatable);
     if (block == nullptr) {
         return nullptr;
     }
     BlockBorn(DataOf(block), AllocRelocatable);
     SetBits(block, kBlockRelocatable);
-    SetSlot(block, slot);
+    Store(block + taken - kTrailerSize, slot);
     pool->freeSlots = reinterpret_cast<HandleSlot*>(slot->block);
     slot->block = DataOf(block);
     slot->lockCount = 0;

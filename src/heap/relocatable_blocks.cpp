@@ -30,11 +30,6 @@ namespace {
     return nullptr;
 }
 
-bool InMoveablePlace(const HeapPage* page) {
-    return KindOf(page) == kKindRelocatable ||
-           (KindOf(page) == kKindLarge && page->large.relocState == AllocRelocatable);
-}
-
 /// Makes a new block the slot's: by its trailer, or by the owner of its page.
 void Own(char* data, HandleSlot* slot) {
     HeapPage* page = PageBase(data);

@@ -73,6 +73,12 @@ inline bool IsSlot(const HandleSlot* slot) {
     return (HeaderOf(HeaderOfData(block)) & kOwned) == kOwned ? page : nullptr;
 }
 
+/// Whether blocks of the page may be moved while they are not pinned.
+inline bool InMoveablePlace(const HeapPage* page) {
+    return KindOf(page) == kKindRelocatable ||
+           (KindOf(page) == kKindLarge && page->large.relocState == AllocRelocatable);
+}
+
 /// A free slot, or null. The caller holds the pool lock.
 HandleSlot* SlotChainPop(HeapPool* pool);
 inline void SlotChainPush(HeapPool* pool, HandleSlot* slot) {

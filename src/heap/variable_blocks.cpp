@@ -126,10 +126,10 @@ char* VariablePageAlloc(HeapPage* page, std::uint16_t need, std::uint32_t flags)
     if (found == nullptr) {
         return nullptr;
     }
-    char* block = TakeFound(page, found, HeaderOf(found), need, flags);
+    const auto [block, size] = TakeFound(page, found, HeaderOf(found), need, flags);
     BlockBorn(DataOf(block), flags);
     if ((flags & AllocZero) != 0) {
-        std::memset(DataOf(block), 0, UsedSize(block) - kHeaderSize);
+        std::memset(DataOf(block), 0, size - kHeaderSize);
     }
     return DataOf(block);
 }

@@ -13,9 +13,15 @@ inline void MakeFree(char* block, unsigned size) {
     SetFooterBefore(block + size, size);
 }
 
-/// Cuts `need` bytes off a free block with this header by the page's rules, leaves the rover where
-/// the next search starts, and gives the block that is now in use.
-[[gnu::always_inline]] inline char* CutFree(HeapPage* page, char* block, unsigned header,
+/// A block in use, or null, and its size.
+struct Taken {
+    char* block;
+    unsigned size;
+};
+
+/// Cuts `need` bytes off a free block with this header by the page's rules, and leaves the rover
+/// where the next search starts.
+[[gnu::always_inline]] inline Taken CutFree(HeapPage* page, char* block, unsigned header,
                                             std::uint16_t need, std::uint32_t flags) {
     const unsigned size = header & kFreeSizeMask;
     const unsigned rest = size - need;
@@ -25,7 +31,7 @@ inline void MakeFree(char* block, unsigned size) {
         Unlink(next, RingPrev(block));
         SetHeader(block, header | kBlockInUse);
         SetBits(block + size, kPreviousInUse);
-        return block;
+        return {.block = block, .size = size};
     }
     if ((flags & (AllocRelocatable | AllocLowEnd)) != 0) {
         char* remainder = block + need;
@@ -34,36 +40,36 @@ inline void MakeFree(char* block, unsigned size) {
         MakeFree(remainder, rest);
         InsertFree(page, remainder);
         page->rover = remainder;
-        return block;
+        return {.block = block, .size = need};
     }
     page->rover = next;
     MakeFree(block, rest);
     char* taken = block + rest;
     SetHeader(taken, need | kBlockInUse);
     SetBits(taken + need, kPreviousInUse);
-    return taken;
+    return {.block = taken, .size = need};
 }
 
 /// Uses the block that a search has found, which has this header.
-[[gnu::always_inline]] inline char* TakeFound(HeapPage* page, char* found, unsigned header,
+[[gnu::always_inline]] inline Taken TakeFound(HeapPage* page, char* found, unsigned header,
                                               std::uint16_t need, std::uint32_t flags) {
-    char* block = CutFree(page, found, header, need, flags);
+    const Taken taken = CutFree(page, found, header, need, flags);
     if ((flags & AllocRelocatable) != 0 && AtMostOneFree(page->rover)) {
         page->link->freeHint = FreeSize(RingNext(page->sentinel));
         page->link->linkFlags |= kNothingToSlide;
     }
     ++page->blockCount;
-    return block;
+    return taken;
 }
 
 /// What most calls need: the first or second block that the search of the page which served last
 /// comes to. Null, and nothing done, if neither suffices. The rover is often at the sentinel, so
 /// that the first is none.
-[[gnu::always_inline]] inline char* TakeNearRover(const HeapPool* pool, PageKind kind,
+[[gnu::always_inline]] inline Taken TakeNearRover(const HeapPool* pool, PageKind kind,
                                                   std::uint16_t need, std::uint32_t flags) {
     const PageLink* link = pool->pageLists[kind];
     if (link == nullptr || need > link->freeHint) {
-        return nullptr;
+        return {.block = nullptr, .size = 0};
     }
     HeapPage* page = link->page;
     char* found = page->rover;
@@ -72,7 +78,7 @@ inline void MakeFree(char* block, unsigned size) {
         found = RingNext(found);
         header = HeaderOf(found);
         if (header < need) {
-            return nullptr;
+            return {.block = nullptr, .size = 0};
         }
     }
     return TakeFound(page, found, header, need, flags);

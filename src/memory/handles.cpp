@@ -75,8 +75,8 @@ std::int16_t MemSetHandleSize(char** h, std::uint32_t size) {
     }
     StressMoves(InstancePool, slot);
     slot->size = size;
-    if (RelocIsMoveable(slot) == 0) {
-        WriteExcess(slot->block, RelocSize(slot), size);
+    if (!InMoveablePlace(PageBase(slot->block))) {
+        WriteExcess(slot->block, UsableSize(slot->block), size);
     }
     BlockHolds(slot->block, size);
     return SetMemError(0);

@@ -3,6 +3,7 @@
 // the very end, so that the steps before it need save no registers for them.
 #pragma once
 
+#include "heap/ring_index.h"
 #include "heap/variable_blocks.h"
 
 namespace veldt::heap {
@@ -55,7 +56,8 @@ struct Taken {
                                               std::uint16_t need, std::uint32_t flags) {
     const Taken taken = CutFree(page, found, header, need, flags);
     if ((flags & AllocRelocatable) != 0 && AtMostOneFree(page->rover)) {
-        page->link->freeHint = FreeSize(RingNext(page->sentinel));
+        // Compaction may have kept the hint low, so that this raises it.
+        SetFreeHint(page->link, FreeSize(RingNext(page->sentinel)));
         page->link->linkFlags |= kNothingToSlide;
     }
     ++page->blockCount;

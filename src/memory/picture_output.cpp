@@ -11,6 +11,7 @@ void PictureOutput::Print(const char* format, ...) {
     char text[512];
     va_list arguments;
     va_start(arguments, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start has just filled it.
     const int length = std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     Put(text, std::min<std::size_t>(static_cast<std::size_t>(length), sizeof text - 1));

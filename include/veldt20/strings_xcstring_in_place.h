@@ -1,7 +1,7 @@
-// The bodies of XCString's short functions, for compilers to put in the place of calls. What they take
-// for granted of a buffer is what the class promises, and one thing more: only the shared empty
-// buffer has no room for a character. A body stands ahead of the first that uses it, as it has to
-// where the module is a DLL.
+// The bodies of XCString's short functions, for compilers to put in the place of calls. What they
+// take for granted of a buffer is what the class promises, and one thing more: only the shared
+// empty buffer has no room for a character. A body stands ahead of the first that uses it, as it
+// has to where the module is a DLL.
 #pragma once
 
 #include <veldt20/strings_xcstring.h>
@@ -127,7 +127,8 @@ VELDT20_IN_PLACE void XCString::ConcatInPlace(int length, const char* source) {
         end[length] = 0;
         data->length = before + length;
     } else {
-        // `source` may lie in the old buffer, which therefore lives on until the new one is complete.
+        // `source` may lie in the old buffer, which therefore lives on until the new one is
+        // complete.
         ConcatCopy(before, characters_, length, source);
         Release(data);
     }

@@ -272,22 +272,6 @@ class Driver {
         ASSERT_EQ(s.Find(part.c_str()), index(text.find(part)));
         ASSERT_EQ(s.Find('b'), index(text.find('b')));
         ASSERT_EQ(s.Find('\0'), static_cast<int>(text.size()));
-
-        std::string other = Terminated(Word());
-        if (Below(2) == 0 && !text.empty()) (other = text)[Below(text.size())] = 'z';
-        const int exact = Difference(text, other, [](char c) { return c; });
-        ASSERT_EQ(s.Compare(other.c_str()), (exact > 0) - (exact < 0));
-        ASSERT_EQ(s == other.c_str(), exact == 0);
-        ASSERT_EQ(s.CompareNoCase(other.c_str()), Difference(text, other, Lower));
-    }
-
-    template <typename Fold>
-    static int Difference(const std::string& a, const std::string& b, Fold fold) {
-        for (std::size_t i = 0;; ++i) {
-            const auto x = static_cast<signed char>(fold(a.c_str()[i]));
-            const auto y = static_cast<signed char>(fold(b.c_str()[i]));
-            if (x != y || x == 0) return x - y;
-        }
     }
 
     std::mt19937 random_;

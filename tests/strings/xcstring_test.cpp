@@ -2,14 +2,18 @@
 #include <gtest/gtest.h>
 #include <veldt20/strings.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <new>
+#include <random>
 #include <string>
 
+#include "strings/mismatch.h"
 #include "strings/open_string.h"
 #include "strings/orders.h"
 #include "support/refusing_new.h"
+#include "support/seed.h"
 
 namespace {
 
@@ -36,30 +40,81 @@ TEST(XCString, EmptyOnesShareOneBufferAndTakeNoMemory) {
     EXPECT_EQ(veldt::tests::LiveBlocks(), before);
 }
 
-TEST(XCString, OrdersBySignedBytes) {
-    const struct {
-        std::string a, b;
-        int exact, folded;
-    } cases[] = {{"\xE9", "a", -1, 0xE9 - 256 - 'a'},
-                 {"abc", "abc", 0, 0},
-                 {"abc", "abcd", -1, -'d'},
-                 {"ABC", "abd", -1, -1},
-                 {"ABD", "abb", -1, 2},
-                 {"abc", "ABC", 1, 0},
-                 {"[", "{", -1, '[' - '{'},
-                 {"\xC9", "\xE9", -1, -32},
-                 {std::string(37, 'x') + "\x80", std::string(37, 'x') + "\x7F", -1, -255}};
-    for (const auto& c : cases) {
-        const XCString a(c.a.c_str()), b(c.b.c_str());
-        EXPECT_EQ(a.Compare(b), c.exact);
-        EXPECT_EQ(b.Compare(a), -c.exact);
-        EXPECT_EQ(a.CompareNoCase(b), c.folded);
-        EXPECT_EQ(b.CompareNoCase(a), -c.folded);
-        EXPECT_TRUE(OperatorsAgree(a, b, c.exact));
-        EXPECT_TRUE(OperatorsAgree(a, c.b.c_str(), c.exact));
-        EXPECT_TRUE(OperatorsAgree(c.a.c_str(), b, c.exact));
+/// The difference of the first two signed bytes that differ after `fold`, up to the first zero
+/// byte.
+template <typename Fold>
+int PlainDifference(const std::string& a, const std::string& b, Fold fold) {
+    for (std::size_t i = 0;; ++i) {
+        const int x = static_cast<signed char>(fold(a.c_str()[i]));
+        const int y = static_cast<signed char>(fold(b.c_str()[i]));
+        if (x != y || x == 0) return x - y;
     }
-    EXPECT_EQ(XCString("a\0b", 3) == XCString("a\0c", 3), 1);
+}
+
+char AsItIs(char c) {
+    return c;
+}
+
+char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+/// Two texts of which one often is the other with a byte changed, and zero bytes in some.
+class Pairs {
+  public:
+    void Draw() {
+        a = Word(random_() % (random_() % 4 == 0 ? 300 : 40));
+        b = random_() % 4 == 0 ? Word(random_() % 40) : a;
+        if (!b.empty() && random_() % 2 == 0) b[random_() % b.size()] = Letter();
+        b.resize(random_() % 4 == 0 ? random_() % (b.size() + 1) : b.size());
+    }
+
+    std::string a;
+    std::string b;
+
+  private:
+    char Letter() { return "aAzZ[{@`\x7F\x80\xC9\xE9"[random_() % (random_() % 8 == 0 ? 13 : 12)]; }
+    std::string Word(std::size_t length) {
+        std::string text(length, 0);
+        for (char& c : text) c = Letter();
+        return text;
+    }
+
+    std::mt19937 random_{veldt::tests::Seed()};
+};
+
+TEST(XCString, OrdersBySignedBytes) {
+    Pairs texts;
+    for (int round = 0; round < 50000; ++round) {
+        texts.Draw();
+        const XCString a(texts.a.data(), static_cast<int>(texts.a.size()));
+        const XCString b(texts.b.data(), static_cast<int>(texts.b.size()));
+        const int exact = PlainDifference(texts.a, texts.b, AsItIs);
+        ASSERT_EQ(a.Compare(b), (exact > 0) - (exact < 0));
+        ASSERT_EQ(a.CompareNoCase(b), PlainDifference(texts.a, texts.b, Lower));
+        ASSERT_TRUE(OperatorsAgree(a, b, exact));
+        ASSERT_TRUE(OperatorsAgree(a, texts.b.c_str(), exact));
+        ASSERT_TRUE(OperatorsAgree(texts.a.c_str(), b, exact));
+    }
+}
+
+// Also those that this machine wouldn't choose.
+TEST(XCString, StepsOfEachWidthStopAtTheSamePlace) {
+    using namespace veldt::strings;
+    const auto place = [](const char*, const char*, std::size_t i) { return i; };
+    Pairs texts;
+    for (int round = 0; round < 50000; ++round) {
+        texts.Draw();
+        const char* a = texts.a.data();
+        const char* b = texts.b.data();
+        const std::size_t length = std::min(texts.a.size(), texts.b.size());
+        std::size_t i = 0;
+        while (i < length && a[i] != 0 && Lower(a[i]) == Lower(b[i])) ++i;
+        ASSERT_EQ(Search<SameTextNoCase>::Run(a, b, length, place), i);
+        if (length > WideSearch<SameTextNoCase>::kStep && __builtin_cpu_supports("avx2")) {
+            ASSERT_EQ(WideSearch<SameTextNoCase>::Run(a, b, length, place), i);
+        }
+    }
 }
 
 // The length is set when the writing ends; the copy goes by the terminator.

@@ -130,43 +130,38 @@ TEST_F(File, DeliversUpToItsEndAndNothingBelowZero) {
     EXPECT_EQ(scratch_.Content("a"), std::string(120, 'c'));
 }
 
-TEST_F(File, KeepsToItsPermission) {
-    ASSERT_EQ(file_.Open(XFile::PermissionRead), 1);
-    ExpectFailure(file_, file_.Write(&mark_, 1, 0, 0), XFile::ErrorAccess);
-    EXPECT_EQ(file_.SetEOF(0, 0), 0);
-    // Wine calls it a bad argument where the system itself says that access is denied.
-    EXPECT_TRUE(file_.GetError() == XFile::ErrorAccess || UnderWine()) << file_.GetError();
-    platform::SetLastError(0);
-    EXPECT_EQ(file_.Close(), 1);
-    ASSERT_EQ(file_.Open(XFile::PermissionWrite), 1);
-    ExpectFailure(file_, file_.Read(&mark_, 1, 0, 0), XFile::ErrorAccess);
-    EXPECT_EQ(file_.Close(), 1);
-    EXPECT_EQ(scratch_.Content("a").size(), 120u);
-}
-
-TEST_F(File, HasToBeClosedForDeletionAndClosesOnce) {
-    ASSERT_EQ(file_.Open(XFile::PermissionRead), 1);
-    ExpectFailure(file_, file_.Delete(), XFile::ErrorIsOpen);
-    ExpectFailure(file_, file_.CreateDirectoryA(), XFile::ErrorIsOpen);
-    EXPECT_EQ(file_.Rename("b"), 1);
-    EXPECT_EQ(file_.IsOpen(), 0);
-    ASSERT_EQ(file_.Open(XFile::PermissionRead), 1) << "a renamed file keeps its name";
-    EXPECT_EQ(file_.Close(), 1);
-    ExpectFailure(file_, file_.Close(), XFile::ErrorNotOpen);
-    EXPECT_EQ(file_.Delete(), 1);
-    ExpectFailure(file_, file_.Delete(), XFile::ErrorNotFound);
-}
-
-TEST_F(File, IsOpenOnceAtATime) {
+TEST_F(File, KeepsToItsPermissionAndTheFileToItself) {
     XFile other = FileAt(scratch_.Path("a"));
-    for (const XFile::Permission first : kPermissions) {
-        ASSERT_EQ(file_.Open(first), 1);
+    for (const XFile::Permission permission : kPermissions) {
+        const bool reads = permission != XFile::PermissionWrite;
+        const bool writes = permission != XFile::PermissionRead;
+        ASSERT_EQ(file_.Open(permission), 1);
+        EXPECT_EQ(file_.Read(&mark_, 1, 0, 0), reads);
+        EXPECT_EQ(file_.GetError(), reads ? XFile::ErrorNone : XFile::ErrorAccess);
+        platform::SetLastError(0);
+        mark_ = 'c';
+        EXPECT_EQ(file_.Write(&mark_, 1, 0, 0), writes);
+        EXPECT_EQ(file_.GetError(), writes ? XFile::ErrorNone : XFile::ErrorAccess);
+        platform::SetLastError(0);
+        EXPECT_EQ(file_.SetEOF(120, 0), writes);
+        // Wine calls it a bad argument where the system itself says that access is denied.
+        EXPECT_TRUE(writes || file_.GetError() == XFile::ErrorAccess || UnderWine());
+        platform::SetLastError(0);
         for (const XFile::Permission second : kPermissions) {
             ExpectFailure(other, other.Open(second), XFile::ErrorAccess);
         }
         ExpectFailure(other, other.Delete(), XFile::ErrorAccess);
+        ExpectFailure(file_, file_.Delete(), XFile::ErrorIsOpen);
+        ExpectFailure(file_, file_.CreateDirectoryA(), XFile::ErrorIsOpen);
         EXPECT_EQ(file_.Close(), 1);
+        ExpectFailure(file_, file_.Close(), XFile::ErrorNotOpen);
+        EXPECT_EQ(scratch_.Content("a"), std::string(120, 'c'));
     }
+    ASSERT_EQ(file_.Open(XFile::PermissionRead), 1);
+    EXPECT_EQ(file_.Rename("b"), 1);
+    EXPECT_EQ(file_.IsOpen(), 0);
+    EXPECT_EQ(file_.Delete(), 1) << "a renamed file keeps its name";
+    ExpectFailure(file_, file_.Delete(), XFile::ErrorNotFound);
 }
 
 TEST_F(File, CopiesHoldOneHandle) {

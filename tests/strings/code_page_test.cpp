@@ -38,6 +38,8 @@ std::string ToBytes(std::u16string wide) {
 }
 
 TEST_F(CodePage, CharactersOfEachPageGoBothWays) {
+    std::string all;
+    for (int i = 1; i < 256; ++i) all += static_cast<char>(i);
     const struct {
         unsigned int page;
         const char* bytes;
@@ -62,21 +64,14 @@ TEST_F(CodePage, CharactersOfEachPageGoBothWays) {
         ASSERT_EQ(XHostSetCodePage(c.page), 1) << c.page;
         EXPECT_EQ(ToWide(c.bytes), c.wide) << c.page;
         EXPECT_EQ(ToBytes(c.wide), c.bytes) << c.page;
+        if (c.page != 874 && c.page / 10 != 125) continue;
+        EXPECT_EQ(ToBytes(ToWide(all)), all) << c.page;
+        for (int i = 0; i < 256; ++i) {
+            EXPECT_EQ(platform::IsDBCSLeadByte(static_cast<platform::BYTE>(i)), 0);
+        }
     }
     EXPECT_EQ(XHostSetCodePage(437), 0);
     EXPECT_EQ(ToWide("\xC3\xA9"), u"\u00E9") << "a page that isn't known changes nothing";
-}
-
-TEST_F(CodePage, EveryByteOfASingleBytePageComesBack) {
-    std::string all;
-    for (int i = 1; i < 256; ++i) all += static_cast<char>(i);
-    for (const unsigned int page :
-         {1250u, 1251u, 1252u, 1253u, 1254u, 1255u, 1256u, 1257u, 1258u, 874u}) {
-        ASSERT_EQ(XHostSetCodePage(page), 1);
-        EXPECT_EQ(ToBytes(ToWide(all)), all) << page;
-        for (int i = 0; i < 256; ++i)
-            EXPECT_EQ(platform::IsDBCSLeadByte(static_cast<platform::BYTE>(i)), 0);
-    }
 }
 
 TEST_F(CodePage, WhatAPageLacksBecomesItsDefault) {

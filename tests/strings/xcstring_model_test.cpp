@@ -198,7 +198,7 @@ class Driver {
             std::clamp<std::size_t>(n < 0 ? 0 : static_cast<std::size_t>(n), 0, o.size());
         const char* own = s;
         // clang-format off
-        switch (Below(18)) {
+        switch (Below(19)) {
             case 0: return Try([&] { s = other; }, [&] { m = otherModel; });
             case 1: return Try([&] { const XCString copy(other); s = copy; }, [&] { Model copy(otherModel); m = copy; });
             case 2: return Try([&] { s = t.c_str(); }, [&] { m.Assign(t); });
@@ -217,6 +217,7 @@ class Driver {
             case 14: return Try([&] { s += pascal; }, [&] { m.Append(w); });
             case 15: return Try([&] { s += '\0'; }, [&] { m.Append(std::string(1, 0)); });
             case 16: return Try([&] { s += own + i; }, [&] { m.Append(tail); });
+            case 17: return Try([&] { s = XCString(static_cast<const char*>(nullptr), -1); }, [&] { m.Assign(""); });
             default: return Try([&] { s = static_cast<const char*>(nullptr); }, [&] { m.Assign(""); });
         }
         // clang-format on

@@ -53,10 +53,10 @@ char* TakeFromRing(PageLink*& head) {
             return block;
         }
     }
-    while (PageLink* link = RingFirstBehind(head, kMayHaveFree)) {
-        if (char* block = TakeFirst(link->page); block != nullptr) {
-            head = link;
-            FetchAhead(link->page);
+    while (HeapPage* page = RingLikelyBehind(head->page, kMayHaveFree)) {
+        if (char* block = TakeFirst(page); block != nullptr) {
+            head = page->link;
+            FetchAhead(page);
             return block;
         }
     }

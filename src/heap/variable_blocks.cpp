@@ -58,9 +58,14 @@ char* SearchRing(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_
     if (head == nullptr) {
         return nullptr;
     }
-    while (PageLink* link = RingFirstBehind(head, HintOf{need})) {
-        if (char* data = VariablePageAlloc(link->page, need, flags); data != nullptr) {
-            pool->pageLists[kind] = link;
+    while (HeapPage* page = RingLikelyBehind(head->page, HintOf{need})) {
+        // Only of moveable pages the index may not know yet that a hint has fallen.
+        if (kind == kKindRelocatable && page->link->freeHint < need) {
+            RingIndexNote(page->link);
+            continue;
+        }
+        if (char* data = VariablePageAlloc(page, need, flags); data != nullptr) {
+            pool->pageLists[kind] = page->link;
             return data;
         }
     }

@@ -4,6 +4,7 @@
 #include <random>
 
 #include "heap/locks.h"
+#include "heap/quick_calls.h"
 #include "heap/ring_index.h"
 #include "heap_fixture.h"
 #include "support/seed.h"
@@ -158,7 +159,24 @@ char* WalkAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
     }
 }
 
-/// A heap with the index and one without, given the same requests.
+char* WalkFixed(HeapPool* pool) {
+    PageLink*& head = pool->pageLists[kKindFixed];
+    PageLink* link = head;
+    while (link != nullptr && link->page->freeChain == nullptr) {
+        link->freeHint = 0;
+        link = link->next == head ? nullptr : link->next;
+    }
+    HeapPage* page =
+        link != nullptr ? link->page : PageAcquire(pool, kKindFixed, pool->pageSize, 0);
+    head = page->link;
+    char* block = page->freeChain;
+    page->freeChain = Load<char*>(block);
+    ++page->blockCount;
+    return block;
+}
+
+/// A heap with the index and one without, given the same requests. The first takes the quick calls
+/// where they serve.
 class TwoHeaps {
   public:
     explicit TwoHeaps(unsigned seed) : random_(seed) {
@@ -189,8 +207,10 @@ class TwoHeaps {
                 if (random_.Below(50) != 0) return;
                 EXPECT_EQ(PoolCompact(indexed_), PoolCompact(walked_));
                 return;
+            case 4:
+                return FreePointer();
             default:
-                RelocFree(mine);
+                if (!RelocFreeQuickly(mine)) RelocFree(mine);
                 RelocFree(theirs);
                 blocks_[at] = blocks_.back();
                 blocks_.pop_back();
@@ -203,6 +223,11 @@ class TwoHeaps {
         ExpectSameRings(indexed_->pageLists[kKindRelocatable],
                         walked_->pageLists[kKindRelocatable]);
         ExpectSameRings(indexed_->pageLists[kKindVariable], walked_->pageLists[kKindVariable]);
+        ExpectSameRings(indexed_->pageLists[kKindFixed], walked_->pageLists[kKindFixed]);
+        for (const auto& [mine, theirs] : pointers_) {
+            EXPECT_EQ(OffsetInUnit(mine), OffsetInUnit(theirs));
+            EXPECT_EQ(ordinals_[PageBase(mine)], ordinals_[PageBase(theirs)]);
+        }
         for (const auto& [mine, theirs] : blocks_) {
             EXPECT_EQ(OffsetInUnit(mine->block), OffsetInUnit(theirs->block));
             EXPECT_EQ(ordinals_[PageBase(mine->block)], ordinals_[PageBase(theirs->block)]);
@@ -212,15 +237,39 @@ class TwoHeaps {
   private:
     void New() {
         const std::uint32_t size = 1 + random_.Below(random_.Below(8) == 0 ? 3000 : 300);
-        const std::uint32_t flags = random_.Below(4) != 0 ? AllocRelocatable : 0U;
+        const std::uint32_t kind = random_.Below(4);
+        if (kind == 0) return NewPointer(random_.Below(3) == 0 ? size % kSmall + 1 : size);
+        const std::uint32_t flags = kind != 1 ? AllocRelocatable : 0U;
         const std::uint32_t request = size + kTrailerSize;
-        HandleSlot* mine = RelocAlloc(indexed_, flags, size);
+        HandleSlot* mine = flags != 0 ? RelocAllocQuickly(indexed_, size) : nullptr;
+        if (mine == nullptr) mine = RelocAlloc(indexed_, flags, size);
         HandleSlot* theirs = SlotChainPop(walked_);
         theirs->block = WalkAlloc(walked_, flags, request);
         theirs->lockCount = flags == 0 ? 1 : 0;
         SetBits(HeaderOfData(theirs->block), kBlockRelocatable);
         SetSlot(HeaderOfData(theirs->block), theirs);
         blocks_.emplace_back(mine, theirs);
+    }
+
+    void NewPointer(std::uint32_t size) {
+        auto [mine, usable] = AllocQuickly(indexed_, size);
+        if (mine == nullptr) {
+            mine = PoolAlloc(indexed_, size, 0);
+            usable = UsableSize(mine);
+        }
+        char* theirs = size <= kSmall ? WalkFixed(walked_) : WalkAlloc(walked_, 0, size);
+        EXPECT_EQ(usable, UsableSize(theirs));
+        pointers_.emplace_back(mine, theirs);
+    }
+
+    void FreePointer() {
+        if (pointers_.empty()) return;
+        const std::size_t at = random_.Below(static_cast<std::uint32_t>(pointers_.size()));
+        const auto [mine, theirs] = pointers_[at];
+        if (!FreeQuickly(mine)) PoolFree(mine);
+        PageBase(theirs)->freeBlock(theirs);
+        pointers_[at] = pointers_.back();
+        pointers_.pop_back();
     }
 
     void ExpectSameRings(PageLink* mine, PageLink* theirs) {
@@ -238,9 +287,12 @@ class TwoHeaps {
         }
     }
 
+    static constexpr std::uint32_t kSmall = 24;
+
     Random random_;
-    TestPool indexed_{0};
-    TestPool walked_{0};
+    TestPool indexed_{kSmall};
+    TestPool walked_{kSmall};
+    std::vector<std::pair<char*, char*>> pointers_;
     std::vector<std::pair<HandleSlot*, HandleSlot*>> blocks_;
     std::map<const HeapPage*, std::uint32_t> ordinals_;
 };

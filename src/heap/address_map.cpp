@@ -1,6 +1,5 @@
 #include "heap/address_map.h"
 
-#include "heap/ring_nodes.h"
 #include "platform/platform.h"
 
 namespace veldt::heap {
@@ -42,10 +41,6 @@ constinit std::atomic<AddressZone*> addressZones[kZones]{};
 bool AddZone(std::uint64_t number) {
     AddressZone* made = number < kZones ? NewZone() : nullptr;
     if (made == nullptr) {
-        return false;
-    }
-    if (!AddRingNodes(AddressZone::kUnits / 2)) {
-        DropZone(made);
         return false;
     }
     AddressZone* expected = nullptr;

@@ -9,12 +9,9 @@ namespace veldt::heap {
 
 namespace {
 
-constexpr HintOf kMayHaveFree{.least = 1};
-
-/// Nothing in a fixed page is ever pinned or slid.
 void SetMayHaveFree(HeapPage* page, std::uint16_t hint) {
     page->link->freeHint = hint;
-    RingIndexNote(page, {.hint = hint, .unpinnedHint = 2, .unslid = 0});
+    RingIndexNoteHinted(page, hint != 0);
 }
 
 /// The first free block of the page, or null after noting that there is none.
@@ -27,40 +24,6 @@ char* TakeFirst(HeapPage* page) {
     page->freeChain = Load<char*>(block);
     ++page->blockCount;
     return block;
-}
-
-/// Fetches what the walk will read in the next two pages that it comes to, which nobody may have
-/// touched for long. Of the first, the header has been fetched when it was the second.
-void FetchAhead(HeapPage* page) {
-    HeapPage* next = RingLikelyBehind(page, kMayHaveFree);
-    if (next == nullptr) {
-        return;
-    }
-    __builtin_prefetch(next->freeChain);
-    __builtin_prefetch(next->link);
-    if (const HeapPage* afterNext = RingLikelyBehind(next, kMayHaveFree); afterNext != nullptr) {
-        __builtin_prefetch(afterNext);
-    }
-}
-
-/// The block that the walk of the ring from its head gives, or null.
-char* TakeFromRing(PageLink*& head) {
-    if (head == nullptr) {
-        return nullptr;
-    }
-    if (head->freeHint != 0) {
-        if (char* block = TakeFirst(head->page); block != nullptr) {
-            return block;
-        }
-    }
-    while (HeapPage* page = RingLikelyBehind(head->page, kMayHaveFree)) {
-        if (char* block = TakeFirst(page); block != nullptr) {
-            head = page->link;
-            FetchAhead(page);
-            return block;
-        }
-    }
-    return nullptr;
 }
 
 /// A page of the pool's size or, where the system has no room for that, of a smaller one.
@@ -107,8 +70,30 @@ void FixedPageCarve(HeapPage* page, std::uint32_t blockSize, std::uint32_t pageS
     Store<char*>(block, nullptr);
 }
 
+char* FixedTakeFromRing(HeapPool* pool) {
+    PageLink*& head = pool->pageLists[kKindFixed];
+    if (head == nullptr) {
+        return nullptr;
+    }
+    if (head->freeHint != 0) {
+        if (char* block = TakeFirst(head->page); block != nullptr) {
+            return block;
+        }
+    }
+    if (head->next == head) {
+        return nullptr;
+    }
+    while (HeapPage* page = RingHintedBehind(head->page)) {
+        if (char* block = TakeFirst(page); block != nullptr) {
+            head = page->link;
+            return block;
+        }
+    }
+    return nullptr;
+}
+
 char* FixedAlloc(HeapPool* pool) {
-    if (char* block = TakeFromRing(pool->pageLists[kKindFixed]); block != nullptr) {
+    if (char* block = FixedTakeFromRing(pool); block != nullptr) {
         return block;
     }
     HeapPage* page = AcquireFixedPage(pool);

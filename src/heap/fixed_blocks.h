@@ -20,6 +20,9 @@ char* FixedAlloc(HeapPool* pool);
 /// Believes that `block` is a block in use.
 void FixedFree(char* block);
 
+/// The block that the walk of the ring from its head gives, or null.
+char* FixedTakeFromRing(HeapPool* pool);
+
 /// What most calls need: the first free block of the page that served last, or null.
 inline char* FixedTakeAtHead(const HeapPool* pool) {
     const PageLink* link = pool->pageLists[kKindFixed];

@@ -57,11 +57,14 @@ HeapPage* PageAcquire(HeapPool* pool, PageKind kind, std::uint32_t size, std::ui
     page->signature = static_cast<std::uint16_t>(kPageSignature | kind);
     page->blockCount = 0;
     link->freeHint = InitPage(pool, page, kind, committed, argument);
-    PageBegan(page, committed);
     link->linkFlags = kNothingToSlide;
-    if (kind != kKindLarge) {
-        RingIndexInsert(link, link->prev != link ? link->prev : nullptr);
+    if (kind != kKindLarge && !RingIndexInsert(link, link->prev != link ? link->prev : nullptr)) {
+        PageLinkRelease(pool, link, kind);
+        page->signature = 0;
+        RegionFree(page);
+        return nullptr;
     }
+    PageBegan(page, committed);
     pool->footprint += committed;
     MarkPage(page, committed);
     return page;

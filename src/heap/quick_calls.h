@@ -23,13 +23,15 @@ inline bool IsPlainPool(const HeapPool* pool) {
 }
 
 /// PoolAlloc with no flags. Null, and nothing done, where that takes more than a few steps.
-[[gnu::always_inline]] inline Grant AllocQuickly(const HeapPool* pool, std::uint32_t size) {
+[[gnu::always_inline]] inline Grant AllocQuickly(HeapPool* pool, std::uint32_t size) {
     Grant grant{.block = nullptr, .usable = 0};
     if (!IsPlainPool(pool) || size == 0 || size > pool->largeThreshold) {
         return grant;
     }
     if (size <= pool->fixedSize) {
-        grant = {.block = FixedTakeAtHead(pool), .usable = pool->fixedSize};
+        char* block = FixedTakeAtHead(pool);
+        grant = {.block = block != nullptr ? block : FixedTakeFromRing(pool),
+                 .usable = pool->fixedSize};
     } else if (const auto [block, taken] =
                    TakeNearRover(pool, kKindVariable, BlockSizeFor(size), 0);
                block != nullptr) {

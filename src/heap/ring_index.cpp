@@ -1,11 +1,33 @@
 #include "heap/ring_index.h"
 
+#include "heap/locks.h"
+
 namespace veldt::heap {
 
 namespace {
 
-using Entry = RingNode::Entry;
 constexpr unsigned kPlaces = RingNode::kPlaces;
+
+/// An entry of a node with what the node knows of it.
+struct Item {
+    RingNode::Entry entry;
+    Offer bound;
+    bool hinted;
+};
+
+Item ItemOf(const PageLink* link) {
+    return {.entry = {.page = link->page}, .bound = OfferOf(link), .hinted = link->freeHint != 0};
+}
+
+Item ItemOf(RingNode* below) {
+    return {.entry = {.node = below}, .bound = RingBound(*below), .hinted = below->hinted != 0};
+}
+
+Item ItemAt(const RingNode& node, unsigned place) {
+    return {.entry = node.entries[place],
+            .bound = node.Bound(place),
+            .hinted = (node.hinted >> place & 1) != 0};
+}
 
 /// Tells the entry at a place where it is now.
 void Settle(RingNode& node, unsigned place) {
@@ -18,38 +40,49 @@ void Settle(RingNode& node, unsigned place) {
     }
 }
 
-void Put(RingNode& node, unsigned place, Entry entry, const Offer& bound) {
-    node.entries[place] = entry;
-    node.SetBound(place, bound);
+void Put(RingNode& node, unsigned place, const Item& item) {
+    node.entries[place] = item.entry;
+    node.SetBound(place, item.bound);
+    node.SetHinted(place, item.hinted);
     Settle(node, place);
 }
 
-void Move(RingNode& to, unsigned toPlace, const RingNode& from, unsigned fromPlace) {
-    Put(to, toPlace, from.entries[fromPlace], from.bounds[fromPlace]);
+/// Opens a place in a node that is not full.
+void PutAt(RingNode& node, unsigned place, const Item& item) {
+    for (unsigned i = node.count; i > place; --i) {
+        Put(node, i, ItemAt(node, i - 1));
+    }
+    Put(node, place, item);
+    ++node.count;
 }
 
-/// Opens a place in a node that is not full.
-void PutAt(RingNode& node, unsigned place, Entry entry, const Offer& bound) {
-    for (unsigned i = node.count; i > place; --i) {
-        Move(node, i, node, i - 1);
-    }
-    Put(node, place, entry, bound);
-    ++node.count;
+/// Forgets the entries from `first` on.
+void Truncate(RingNode& node, unsigned first) {
+    node.count = static_cast<std::uint8_t>(first);
+    node.hinted &= (std::uint64_t{1} << first) - 1;
 }
 
 /// Moves the entries from `first` on to the end of another node.
 void MoveTail(RingNode& to, RingNode& from, unsigned first) {
     for (unsigned i = first; i < from.count; ++i) {
-        Move(to, to.count++, from, i);
+        Put(to, to.count++, ItemAt(from, i));
     }
-    from.count = static_cast<std::uint8_t>(first);
-    from.hinted &= static_cast<std::uint16_t>((1U << first) - 1);
+    if (first < from.count) {
+        Truncate(from, first);
+    }
+}
+
+/// Lets the node above know whether a node that has changed has a hinted entry.
+void TellAbove(const RingNode& node) {
+    if (node.parent != nullptr) {
+        SetHinted(node.parent, node.place, node.hinted != 0);
+    }
 }
 
 /// Lets the bounds on the way from a place to the top suffice for `offer`.
 void RaiseFrom(RingNode* node, unsigned place, const Offer& offer) {
-    while (!Covers(node->bounds[place], offer)) {
-        node->SetBound(place, Widest(node->bounds[place], offer));
+    while (!Covers(node->Bound(place), offer)) {
+        node->SetBound(place, Widest(node->Bound(place), offer));
         if (node->parent == nullptr) {
             return;
         }
@@ -58,18 +91,18 @@ void RaiseFrom(RingNode* node, unsigned place, const Offer& offer) {
     }
 }
 
-void InsertAt(RingNode* node, unsigned place, Entry entry, const Offer& bound);
+void InsertAt(RingNode* node, unsigned place, const Item& item);
 
 /// Makes room in a full node by a new one behind it. A node that grows at its end, as a ring does
 /// while nothing else happens, stays full.
 RingNode* Split(RingNode& node, unsigned place) {
     if (node.parent == nullptr) {
-        RingNode* top = TakeRingNode(false);
-        PutAt(*top, 0, {.node = &node}, RingBound(node));
+        PutAt(*TakeRingNode(false), 0, ItemOf(&node));
     }
     RingNode* behind = TakeRingNode(node.isLeaf);
     MoveTail(*behind, node, place == kPlaces ? kPlaces : kPlaces / 2);
-    InsertAt(node.parent, node.place + 1U, {.node = behind}, RingBound(*behind));
+    TellAbove(node);
+    InsertAt(node.parent, node.place + 1U, ItemOf(behind));
     return behind;
 }
 
@@ -81,30 +114,31 @@ RingNode* Next(const RingNode& node) {
                : nullptr;
 }
 
-void PutAndRaise(RingNode* node, unsigned place, Entry entry, const Offer& bound) {
-    PutAt(*node, place, entry, bound);
+void PutAndRaise(RingNode* node, unsigned place, const Item& item) {
+    PutAt(*node, place, item);
+    TellAbove(*node);
     if (node->parent != nullptr) {
-        RaiseFrom(node->parent, node->place, bound);
+        RaiseFrom(node->parent, node->place, item.bound);
     }
 }
 
 void Tidy(RingNode* node);
 
-void InsertAt(RingNode* node, unsigned place, Entry entry, const Offer& bound) {
+void InsertAt(RingNode* node, unsigned place, const Item& item) {
     if (node->count < kPlaces) {
-        PutAndRaise(node, place, entry, bound);
+        PutAndRaise(node, place, item);
         return;
     }
     RingNode* next = Next(*node);
     if (place == kPlaces && next != nullptr && next->count < kPlaces) {
-        PutAndRaise(next, 0, entry, bound);
+        PutAndRaise(next, 0, item);
         return;
     }
     RingNode* behind = Split(*node, place);
     if (place <= node->count && node->count < kPlaces) {
-        PutAndRaise(node, place, entry, bound);
+        PutAndRaise(node, place, item);
     } else {
-        PutAndRaise(behind, place - node->count, entry, bound);
+        PutAndRaise(behind, place - node->count, item);
     }
     Tidy(behind);
 }
@@ -115,6 +149,7 @@ void RemoveAt(RingNode* node, unsigned place);
 void Merge(RingNode& left, RingNode& right) {
     const unsigned seam = left.count;
     MoveTail(left, right, 0);
+    TellAbove(left);
     left.parent->SetBound(left.place, RingBound(left));
     RemoveAt(right.parent, right.place);
     GiveRingNode(&right);
@@ -128,7 +163,7 @@ void Tidy(RingNode* node) {
     RingNode* parent = node->parent;
     if (parent == nullptr) {
         if (node->count == 1) {
-            const Entry only = node->entries[0];
+            const RingNode::Entry only = node->entries[0];
             if (node->isLeaf) {
                 NoteOf(only.page).ringPlace = 0;
             } else {
@@ -149,16 +184,16 @@ void Tidy(RingNode* node) {
 }
 
 void RemoveAt(RingNode* node, unsigned place) {
-    --node->count;
-    for (unsigned i = place; i < node->count; ++i) {
-        Move(*node, i, *node, i + 1);
+    for (unsigned i = place + 1; i < node->count; ++i) {
+        Put(*node, i - 1, ItemAt(*node, i));
     }
-    node->hinted &= static_cast<std::uint16_t>((1U << node->count) - 1);
+    Truncate(*node, node->count - 1U);
     if (node->count == 0) {
         RemoveAt(node->parent, node->place);
         GiveRingNode(node);
         return;
     }
+    TellAbove(*node);
     Tidy(node);
 }
 
@@ -181,16 +216,21 @@ RingNode* Top(const PageLink* link) {
 
 }  // namespace
 
-void RingIndexInsert(PageLink* link, const PageLink* before) {
+bool RingIndexInsert(PageLink* link, const PageLink* before) {
     NoteOf(link->page).ringPlace = 0;
     if (before == nullptr) {
-        return;
+        return true;
+    }
+    const RegistryHold hold;
+    if (!RingNodesAtHand()) {
+        return false;
     }
     if (PlaceOf(before->page).node == nullptr) {
-        PutAt(*TakeRingNode(true), 0, {.page = before->page}, OfferOf(before));
+        PutAt(*TakeRingNode(true), 0, ItemOf(before));
     }
     const auto [node, place] = PlaceOf(before->page);
-    InsertAt(node, place + 1, {.page = link->page}, OfferOf(link));
+    InsertAt(node, place + 1, ItemOf(link));
+    return true;
 }
 
 void RingIndexRemove(const PageLink* link) {
@@ -205,18 +245,14 @@ void RingIndexDrop(const PageLink* head) {
     }
 }
 
-void RingIndexNote(const HeapPage* page, const Offer& offer) {
-    auto [node, place] = PlaceOf(page);
+void RingIndexNote(const PageLink* link) {
+    const auto [node, place] = PlaceOf(link->page);
     if (node == nullptr) {
         return;
     }
+    const Offer offer = OfferOf(link);
     node->SetBound(place, offer);
-    while (node->parent != nullptr && node->hinted == 0) {
-        place = node->place;
-        const Offer bound = RingBound(*node);
-        node = node->parent;
-        node->SetBound(place, bound);
-    }
+    SetHinted(node, place, offer.hint != 0);
     if (node->parent != nullptr) {
         RaiseFrom(node->parent, node->place, offer);
     }
@@ -225,7 +261,7 @@ void RingIndexNote(const HeapPage* page, const Offer& offer) {
 Offer RingBound(const RingNode& node) {
     Offer bound{};
     for (unsigned i = 0; i < node.count; ++i) {
-        bound = Widest(bound, node.bounds[i]);
+        bound = Widest(bound, node.Bound(i));
     }
     return bound;
 }
@@ -237,18 +273,22 @@ Offer RingBound(const PageLink* link) {
 
 namespace {
 
-bool MaskAgrees(const RingNode& node, unsigned place) {
-    return (node.hinted >> place & 1U) == (node.bounds[place].hint != 0 ? 1U : 0U);
+/// Whether what the node says of an entry holds for what the entry itself offers. Of a page whose
+/// hint has fallen to 0 the index may not have heard.
+bool Knows(const RingNode& node, unsigned place, const Item& actual) {
+    const bool hinted = ItemAt(node, place).hinted;
+    return Covers(node.Bound(place), actual.bound) &&
+           (hinted == actual.hinted || (node.isLeaf && hinted));
 }
 
 /// Walks the tree in order beside the ring, from `at` on. False at the first disagreement.
 bool CheckBelow(const RingNode& node, const PageLink*& at) {
     for (unsigned i = 0; i < node.count; ++i) {
-        const Entry entry = node.entries[i];
+        const RingNode::Entry entry = node.entries[i];
         if (node.isLeaf) {
             const auto [home, place] = PlaceOf(entry.page);
-            if (at->page != entry.page || home != &node || place != i || !MaskAgrees(node, i) ||
-                !Covers(node.bounds[i], OfferOf(at))) {
+            if (at->page != entry.page || home != &node || place != i ||
+                !Knows(node, i, ItemOf(at))) {
                 return false;
             }
             at = at->next;
@@ -257,12 +297,12 @@ bool CheckBelow(const RingNode& node, const PageLink*& at) {
         const RingNode& below = *entry.node;
         const bool spare =
             i > 0 && node.entries[i - 1].node->count + unsigned{below.count} <= kPlaces / 2;
-        if (below.parent != &node || below.place != i || spare || !MaskAgrees(node, i) ||
-            !Covers(node.bounds[i], RingBound(below)) || !CheckBelow(below, at)) {
+        if (below.parent != &node || below.place != i || spare ||
+            !Knows(node, i, ItemOf(entry.node)) || !CheckBelow(below, at)) {
             return false;
         }
     }
-    return node.count != 0 && node.hinted >> node.count == 0;
+    return node.count != 0 && (node.hinted & PlacesBehind(node.count - 1U)) == 0;
 }
 
 const PageLink* FirstBelow(const RingNode& node) {

@@ -2,14 +2,14 @@
 // without walking past those that have not. The answer is always the one that the plain walk along
 // `next` would give.
 //
-// The pages of each ring stand in ring order in the leaves of a tree, 16 to a node, and beside each
-// page and each node below another stands an upper bound on what it offers. A raise climbs until
-// the bounds above it suffice already; a lowered offer is left to the next search that is misled
-// by it, which corrects the bounds on its way. A ring of one page has no node.
+// The pages of each ring stand in ring order in the leaves of a tree, 64 to a node. A bit
+// for each page, and for each node below another, says whether there is a hint at all; beside that
+// stands an upper bound on what is offered. A raise climbs until the bounds above it
+// suffice already; a lowered offer is left to the next search that is misled by it, which corrects
+// the bounds on its way. A ring of one page has no node.
 //
 // Invariants: a node that is not at the top and its neighbour below the same parent have more than
-// kPlaces / 2 entries together, and the top has two at least; so there are at most half as many
-// nodes as pages.
+// kPlaces / 2 entries together, and the top has two at least.
 #pragma once
 
 #include <bit>
@@ -24,7 +24,7 @@ inline Offer OfferOf(const PageLink* link) {
     const bool pinned = (link->linkFlags & kPinnedMask) != 0;
     return {.hint = link->freeHint,
             .unpinnedHint = static_cast<std::uint16_t>(pinned ? 0 : link->freeHint + 1),
-            .unslid = static_cast<std::uint16_t>((link->linkFlags & kNothingToSlide) == 0)};
+            .unslid = (link->linkFlags & kNothingToSlide) == 0};
 }
 
 inline bool Covers(const Offer& bound, const Offer& offer) {
@@ -35,7 +35,7 @@ inline bool Covers(const Offer& bound, const Offer& offer) {
 inline Offer Widest(const Offer& a, const Offer& b) {
     return {.hint = a.hint > b.hint ? a.hint : b.hint,
             .unpinnedHint = a.unpinnedHint > b.unpinnedHint ? a.unpinnedHint : b.unpinnedHint,
-            .unslid = a.unslid > b.unslid ? a.unslid : b.unslid};
+            .unslid = a.unslid || b.unslid};
 }
 
 /// Where an entry is in its index. The node is null for a page that is alone in its ring.
@@ -51,20 +51,69 @@ inline RingPlace PlaceOf(const HeapPage* page) {
             .place = static_cast<unsigned>(word & kPlaceMask)};
 }
 
+inline constexpr std::uint64_t kAllPlaces = ~std::uint64_t{0};
+
+constexpr std::uint64_t PlacesBehind(unsigned place) {
+    return ~std::uint64_t{1} << place;
+}
+
+/// What no entry of the node exceeds.
+Offer RingBound(const RingNode& node);
+
 /// Puts `link`, whose page is set, right behind `before` in the ring order; null: a new ring.
-void RingIndexInsert(PageLink* link, const PageLink* before);
+/// False: out of memory.
+bool RingIndexInsert(PageLink* link, const PageLink* before);
 void RingIndexRemove(const PageLink* link);
 /// Takes the index of a ring down.
 void RingIndexDrop(const PageLink* head);
 
-/// Lets the bound of a page be `offer`, and those above suffice for it.
-void RingIndexNote(const HeapPage* page, const Offer& offer);
+/// Sets the bit of a place, and those above that follow from it.
+inline void SetHinted(RingNode* node, unsigned place, bool hinted) {
+    for (;;) {
+        const bool before = node->hinted != 0;
+        node->SetHinted(place, hinted);
+        if ((node->hinted != 0) == before || node->parent == nullptr) {
+            return;
+        }
+        place = node->place;
+        node = node->parent;
+    }
+}
+
+/// Notes whether a page whose hint has but one value has it at present.
+inline void RingIndexNoteHinted(const HeapPage* page, bool hinted) {
+    if (const auto [node, place] = PlaceOf(page); node != nullptr) {
+        SetHinted(node, place, hinted);
+    }
+}
+
+/// The first page behind `page` in the ring that has a hint, `page` itself last; or null. Reads
+/// nothing of the pages. `page` is not alone in its ring.
+inline HeapPage* RingHintedBehind(const HeapPage* page) {
+    const auto [leaf, place] = PlaceOf(page);
+    const RingNode* node = leaf;
+    std::uint64_t left = node->hinted & PlacesBehind(place);
+    while (left == 0 && node->parent != nullptr) {
+        left = node->parent->hinted & PlacesBehind(node->place);
+        node = node->parent;
+    }
+    if (left == 0) {
+        left = node->hinted;
+    }
+    if (left == 0) {
+        return nullptr;
+    }
+    RingNode::Entry entry = node->entries[std::countr_zero(left)];
+    while (!node->isLeaf) {
+        node = entry.node;
+        entry = node->entries[std::countr_zero(node->hinted)];
+    }
+    return entry.page;
+}
 
 /// To be called when an offer has grown. When it has shrunk, the call keeps a search from being
 /// misled.
-inline void RingIndexNote(const PageLink* link) {
-    RingIndexNote(link->page, OfferOf(link));
-}
+void RingIndexNote(const PageLink* link);
 
 /// Sets a hint, whichever way it goes.
 inline void SetFreeHint(PageLink* link, std::uint16_t hint) {
@@ -83,8 +132,6 @@ inline void ClearNothingToSlide(PageLink* link) {
     }
 }
 
-/// What no entry of the node exceeds.
-Offer RingBound(const RingNode& node);
 /// What no page of the ring that `link` is in exceeds.
 Offer RingBound(const PageLink* link);
 
@@ -95,24 +142,25 @@ struct HintOf {
     bool operator()(const Offer& offer) const { return offer.hint >= least; }
 };
 
-/// The places from `from` on that a wish may find something in.
+/// The places where a wish may find something.
 template <class Wanted>
-unsigned Candidates(const RingNode& node, unsigned from, const Wanted&) {
-    return ((1U << node.count) - 1) & (~0U << from);
+std::uint64_t Candidates(const RingNode& node, const Wanted&) {
+    return ~(PlacesBehind(node.count - 1U));
 }
-inline unsigned Candidates(const RingNode& node, unsigned from, const HintOf&) {
-    return node.hinted & (~0U << from);
+inline std::uint64_t Candidates(const RingNode& node, const HintOf&) {
+    return node.hinted;
 }
 
-/// The first page among the entries of `node` from `from` on, and below them, whose bound is wanted
-/// and that is accepted, or null. `wanted` takes an Offer and must hold for every offer that covers
-/// one for which it holds. `accept` takes a page, and the leaf and place of its bound, which it may
-/// lower.
+/// The first page among the entries of `node` at the given places, and below them, whose bound is
+/// wanted and that is accepted, or null. `wanted` takes an Offer and must hold for every offer that
+/// covers one for which it holds. `accept` takes a page, and the leaf and place of its bound, which
+/// it may lower.
 template <class Wanted, class Accept>
-HeapPage* RingFirstIn(RingNode& node, unsigned from, const Wanted& wanted, const Accept& accept) {
-    for (unsigned left = Candidates(node, from, wanted); left != 0; left &= left - 1) {
+HeapPage* RingFirstIn(RingNode& node, std::uint64_t places, const Wanted& wanted,
+                      const Accept& accept) {
+    for (std::uint64_t left = Candidates(node, wanted) & places; left != 0; left &= left - 1) {
         const auto i = static_cast<unsigned>(std::countr_zero(left));
-        if (!wanted(node.bounds[i])) {
+        if (!wanted(node.Bound(i))) {
             continue;
         }
         const RingNode::Entry entry = node.entries[i];
@@ -122,7 +170,8 @@ HeapPage* RingFirstIn(RingNode& node, unsigned from, const Wanted& wanted, const
             }
             continue;
         }
-        if (HeapPage* page = RingFirstIn(*entry.node, 0, wanted, accept); page != nullptr) {
+        if (HeapPage* page = RingFirstIn(*entry.node, kAllPlaces, wanted, accept);
+            page != nullptr) {
             return page;
         }
         node.SetBound(i, RingBound(*entry.node));
@@ -137,13 +186,13 @@ HeapPage* RingPageBehind(HeapPage* page, const Wanted& wanted, const Accept& acc
     if (node == nullptr) {
         return wanted(OfferOf(page->link)) ? page : nullptr;
     }
-    HeapPage* found = RingFirstIn(*node, place + 1, wanted, accept);
+    HeapPage* found = RingFirstIn(*node, PlacesBehind(place), wanted, accept);
     while (found == nullptr && node->parent != nullptr) {
         place = node->place;
         node = node->parent;
-        found = RingFirstIn(*node, place + 1U, wanted, accept);
+        found = RingFirstIn(*node, PlacesBehind(place), wanted, accept);
     }
-    return found != nullptr ? found : RingFirstIn(*node, 0, wanted, accept);
+    return found != nullptr ? found : RingFirstIn(*node, kAllPlaces, wanted, accept);
 }
 
 /// The page that the bounds alone tell, of which nothing is read.
@@ -159,8 +208,10 @@ template <class Wanted>
 PageLink* RingFirstBehind(const PageLink* link, const Wanted& wanted) {
     const HeapPage* found = RingPageBehind(
         link->page, wanted, [&wanted](const HeapPage* page, RingNode& leaf, unsigned at) {
-            leaf.SetBound(at, OfferOf(page->link));
-            return wanted(leaf.bounds[at]);
+            const Offer offer = OfferOf(page->link);
+            leaf.SetBound(at, offer);
+            SetHinted(&leaf, at, offer.hint != 0);
+            return wanted(offer);
         });
     return found != nullptr ? found->link : nullptr;
 }

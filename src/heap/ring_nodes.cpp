@@ -4,64 +4,54 @@
 
 namespace veldt::heap {
 
-using namespace platform;
-
 namespace {
 
-/// Nodes that were given back, linked through parent.
-RingNode* spareNodes = nullptr;
+/// A page that joins an index takes at most one node on each level and a new top. Nodes hold 16
+/// entries at least on the average, and 16 to the seventh pages are more than anyone has.
+constexpr std::uint32_t kMostAtOnce = 8;
+constexpr std::uint32_t kBatch = kRegionUnit / sizeof(RingNode);
 
-/// Nodes of one addition that were never taken. A batch is made of its own first node.
-struct Batch {
-    Batch* next;
-    std::uint32_t fresh;
-};
-static_assert(sizeof(Batch) <= sizeof(RingNode));
+RingNode* spareNodes = nullptr;  ///< linked through parent
+std::uint32_t spareCount = 0;
 
-Batch* batches = nullptr;
-
-RingNode* TakeFresh() {
-    Batch* batch = batches;
-    RingNode* node = reinterpret_cast<RingNode*>(batch) + batch->fresh;
-    if (--batch->fresh == 0) {
-        batches = batch->next;
-    }
-    return node;
+void Push(RingNode* node) {
+    node->parent = spareNodes;
+    spareNodes = node;
+    ++spareCount;
 }
 
 }  // namespace
 
-bool AddRingNodes(std::uint32_t count) {
-    const SIZE_T size = (SIZE_T{count} + 1) * sizeof(RingNode);
-    void* memory = VirtualAllocUnits(size);
-    if (memory == nullptr) {
+bool RingNodesAtHand() {
+    if (spareCount >= kMostAtOnce) {
+        return true;
+    }
+    auto* batch = static_cast<RingNode*>(platform::VirtualAllocUnits(kRegionUnit));
+    if (batch == nullptr) {
         return false;
     }
-    const RegistryHold hold;
-    batches = new (memory) Batch{.next = batches, .fresh = count};
+    for (std::uint32_t i = kBatch; i > 0; --i) {
+        Push(batch + i - 1);
+    }
     return true;
 }
 
 RingNode* TakeRingNode(bool isLeaf) {
-    const RegistryHold hold;
     RingNode* node = spareNodes;
-    if (node != nullptr) {
-        spareNodes = node->parent;
-    } else {
-        node = TakeFresh();
-    }
+    spareNodes = node->parent;
+    --spareCount;
     node->parent = nullptr;
     node->place = 0;
     node->count = 0;
     node->isLeaf = isLeaf;
     node->hinted = 0;
+    node->unslid = 0;
     return node;
 }
 
 void GiveRingNode(RingNode* node) {
     const RegistryHold hold;
-    node->parent = spareNodes;
-    spareNodes = node;
+    Push(node);
 }
 
 }  // namespace veldt::heap

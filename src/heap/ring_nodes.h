@@ -1,5 +1,4 @@
-// The nodes of all ring indexes. They never run out: an index has at most half as many nodes as
-// pages (ring_index.h), and every zone of the address map brings one for each two of its units.
+// The nodes of all ring indexes, from one store.
 #pragma once
 
 #include "heap/address_map.h"
@@ -12,12 +11,12 @@ struct HeapPage;
 struct Offer {
     std::uint16_t hint;          ///< largest free block, as the links tell it
     std::uint16_t unpinnedHint;  ///< the same plus 1 over pages without a pinned block; else 0
-    std::uint16_t unslid;        ///< 1 if sliding may still gain something
+    bool unslid;                 ///< sliding may still gain something
 };
 
 /// A run of neighbours in ring order: pages in a leaf, nodes above one.
 struct alignas(64) RingNode {
-    static constexpr unsigned kPlaces = 16;
+    static constexpr unsigned kPlaces = 64;
 
     union Entry {
         HeapPage* page;
@@ -28,21 +27,41 @@ struct alignas(64) RingNode {
     std::uint8_t place;  ///< in the parent
     std::uint8_t count;  ///< entries, which stand from place 0 on
     bool isLeaf;
-    std::uint16_t hinted;   ///< a bit for each place whose bound has a hint that isn't 0
-    Offer bounds[kPlaces];  ///< no entry offers more than its bound
+    /// Bits of the pages whose hint isn't 0, as far as the index was told, and of the nodes with
+    /// such a bit.
+    std::uint64_t hinted;
+    // No entry offers more than these say.
+    std::uint64_t unslid;
+    std::uint16_t hints[kPlaces];
+    std::uint16_t unpinnedHints[kPlaces];
+
     Entry entries[kPlaces];
 
+    Offer Bound(unsigned at) const {
+        return {.hint = hints[at],
+                .unpinnedHint = unpinnedHints[at],
+                .unslid = (unslid >> at & 1) != 0};
+    }
     void SetBound(unsigned at, const Offer& bound) {
-        bounds[at] = bound;
-        const unsigned bit = 1U << at;
-        hinted = static_cast<std::uint16_t>(bound.hint != 0 ? hinted | bit : hinted & ~bit);
+        hints[at] = bound.hint;
+        unpinnedHints[at] = bound.unpinnedHint;
+        unslid = WithBit(unslid, at, bound.unslid);
+    }
+    void SetHinted(unsigned at, bool isHinted) { hinted = WithBit(hinted, at, isHinted); }
+
+  private:
+    static std::uint64_t WithBit(std::uint64_t mask, unsigned at, bool on) {
+        const std::uint64_t bit = std::uint64_t{1} << at;
+        return on ? mask | bit : mask & ~bit;
     }
 };
 
-/// Adds to the store. False: out of memory.
-bool AddRingNodes(std::uint32_t count);
+/// Sees to it that as many nodes can be taken as one page may need. The caller holds the registry
+/// lock, for as long as it takes nodes. False: out of memory.
+bool RingNodesAtHand();
 /// An empty node, of the kind that is asked for.
 RingNode* TakeRingNode(bool isLeaf);
+/// Takes the registry lock itself.
 void GiveRingNode(RingNode* node);
 
 }  // namespace veldt::heap

@@ -24,7 +24,7 @@ struct Fields {
 };
 static_assert(sizeof(XDynArrayImp) == sizeof(Fields));
 
-/// Elements begin with an int; the array logs what it did to them.
+/// Elements begin with an int; the array logs those that it destroyed.
 class Ints : public XDynArrayImp {
   public:
     Ints(std::int32_t initialSize, std::int32_t increment, std::int32_t elementSize = sizeof(int))
@@ -69,54 +69,87 @@ class Ints : public XDynArrayImp {
     }
 };
 
-/// One random step of both. An addition that fails, as it may if `mayFail`, changes nothing; what
-/// is removed is gone in any case.
-inline void TakeStep(Ints& array, Values& model, std::mt19937& random, bool mayFail) {
-    const Fields before = array.Look();
-    const auto place = model.begin() + random() % (model.size() + 1);
-    const auto index = static_cast<std::int32_t>(place - model.begin());
-    const auto some = static_cast<std::int32_t>(random() % 6);
-    const auto end = place + std::min<std::ptrdiff_t>(some, model.end() - place);
-    const int value = static_cast<int>(random() % 1000);
-    int result = 1;
-    switch (random() % 8) {
-        case 0:
-        case 1:
-            result = index == 0             ? array.Prepend(&value)
-                     : place == model.end() ? array.Append(&value)
-                                            : array.Insert(&value, index);
-            if (result) model.insert(place, value);
-            break;
-        case 2:
-            result = array.InsertBlockElements(index, some);
-            if (result) model.insert(place, static_cast<std::size_t>(some), 0);
-            break;
-        case 3:
-            result = array.SetCapacity(some * 4);
-            break;
-        case 4:
-            array.SetIncrementSize(some + 1);
-            return;
-        case 5:
-            if (place == end) return;
-            array.Replace(&value, index);
-            *place = value;
-            break;
-        case 6:
-            if (place == end) return;
-            array.Remove(index);
-            model.erase(place);
-            break;
-        default:
-            result = array.Delete(index, index + static_cast<std::int32_t>(end - place) - 1);
-            model.erase(place, end);
+/// An array beside what it must hold, and the room that it must have for that.
+class ArrayRun {
+  public:
+    ArrayRun(int initialSize, int increment)
+        : array(initialSize, increment), initialSize_(initialSize), increment_(increment) {}
+
+    /// A random operation, which finds no memory if `refuse`. Then what can't be added changes
+    /// nothing, and what is removed is gone all the same.
+    void Step(std::mt19937& random, bool refuse = false) {
+        const int count = static_cast<int>(std::ssize(values_));
+        const int index = static_cast<int>(random() % (values_.size() + 1));
+        const int some = static_cast<int>(random() % 6);
+        const int value = static_cast<int>(random());
+        const auto place = values_.begin() + index;
+        const auto end = place + std::min(some, count - index);
+        const auto fit = [&](int room) {
+            if (!refuse) capacity_ = room;
+            return room == capacity_;
+        };
+        const auto grow = [&](int needed) { return needed <= capacity_ || fit(RoomFor(needed)); };
+        bool fits = true;
+        int result = 1;
+        Values destroyed;
+        array.destroyed.clear();
+        switch (random() % 8) {
+            case 0:
+            case 1:
+                result = index == 0       ? array.Prepend(&value)
+                         : index == count ? array.Append(&value)
+                                          : array.Insert(&value, index);
+                fits = grow(count + 1);
+                if (fits) values_.insert(place, value);
+                break;
+            case 2:
+                result = array.InsertBlockElements(index, some);
+                fits = grow(count + some);
+                if (fits) values_.insert(place, static_cast<std::size_t>(some), 0);
+                break;
+            case 3:
+                result = array.SetCapacity(some * 4);
+                fits = fit(std::max(some * 4, capacity_));
+                break;
+            case 4:
+                increment_ = some;
+                array.SetIncrementSize(some);
+                array.Compact();
+                break;
+            case 5:
+                if (place == end) return;
+                array.Replace(&value, index);
+                *place = value;
+                break;
+            case 6:
+                if (index == count) return;
+                array.Remove(index);
+                values_.erase(place);
+                fit(RoomFor(count - 1));
+                break;
+            default:
+                result = array.Delete(index, index + static_cast<int>(end - place) - 1);
+                destroyed.assign(std::reverse_iterator(end), std::reverse_iterator(place));
+                values_.erase(place, end);
+                fits = fit(RoomFor(static_cast<int>(std::ssize(values_))));
+        }
+        ASSERT_EQ(result, fits ? 1 : 0);
+        ASSERT_EQ(array.destroyed, destroyed);
+        ASSERT_EQ(array.Contents(), values_);
+        ASSERT_EQ(array.Look().capacity, capacity_);
     }
-    ASSERT_EQ(array.Contents(), model);
-    if (!result) {
-        ASSERT_TRUE(mayFail);
-        ASSERT_EQ(array.Look().capacity, before.capacity);
-        ASSERT_EQ(array.Look().block, before.block);
+
+    Ints array;
+
+  private:
+    int RoomFor(int count) const {
+        if (count == 0) return std::max(initialSize_, 0);
+        return increment_ == 0 ? count : (count + increment_ - 1) / increment_ * increment_;
     }
-}
+
+    int initialSize_, increment_;
+    std::int32_t capacity_ = array.Look().capacity;
+    Values values_;
+};
 
 }  // namespace veldt::tests

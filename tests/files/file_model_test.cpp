@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-#include "files/scratch.h"
+#include "files/failures.h"
 #include "support/seed.h"
 
 namespace veldt::tests {
@@ -44,8 +44,7 @@ TEST(FileModel, RandomOperationsLeaveWhatTheModelHolds) {
             EXPECT_EQ(file.Open(XFile::PermissionReadWriteShared), 1);
         }
         EXPECT_EQ(file.GetError(), error);
-        std::int32_t size = -1;
-        std::int32_t high = -1;
+        std::int32_t size = -1, high = -1;
         EXPECT_EQ(file.GetEOF(&size, &high), 1);
         EXPECT_EQ(static_cast<std::size_t>(size), model.size());
         EXPECT_EQ(high, 0);
@@ -63,16 +62,13 @@ TEST(FileModel, PositionsAndSizesHave64Bits) {
     ASSERT_EQ(file.Open(XFile::PermissionReadWrite), 1);
     const std::pair<std::int32_t, std::int32_t> positions[] = {
         {INT32_MIN, 0}, {-1, 0}, {0, 1}, {0x40000000, 1}};
-    char mark = 'a';
-    for (const auto& [low, high] : positions) {
-        EXPECT_EQ(file.Write(&mark, 1, low, high), 1u);
-        ++mark;
+    for (std::size_t i = 0; i < std::size(positions); ++i) {
+        EXPECT_EQ(file.Write(&"abcd"[i], 1, positions[i].first, positions[i].second), 1u);
     }
-    mark = 'a';
-    for (const auto& [low, high] : positions) {
+    for (std::size_t i = 0; i < std::size(positions); ++i) {
         char found = 0;
-        EXPECT_EQ(file.Read(&found, 1, low, high), 1u);
-        EXPECT_EQ(found, mark++);
+        EXPECT_EQ(file.Read(&found, 1, positions[i].first, positions[i].second), 1u);
+        EXPECT_EQ(found, "abcd"[i]);
     }
     char edge[4];
     EXPECT_EQ(file.Read(edge, 4, -2, 0), 4u);
@@ -81,8 +77,7 @@ TEST(FileModel, PositionsAndSizesHave64Bits) {
     EXPECT_EQ(file.GetError(), XFile::ErrorEndOfFile);
     EXPECT_EQ(file.Read(edge, 4, -1, INT32_MAX), 0u);
     platform::SetLastError(0);
-    std::int32_t low = 0;
-    std::int32_t high = 0;
+    std::int32_t low = 0, high = 0;
     EXPECT_EQ(file.GetEOF(&low, &high), 1);
     EXPECT_EQ(low, 0x40000001);
     EXPECT_EQ(high, 1);

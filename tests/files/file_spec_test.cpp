@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "files/scratch.h"
+#include "files/failures.h"
 #include "support/refusing_new.h"
 
 namespace veldt::tests {
@@ -27,15 +27,14 @@ TEST(FileSpec, TakesPathsApart) {
     };
     for (const auto& row : cases) {
         const XFileSpec spec(XCString(row.path.c_str()));
-        XCString out("what stood here before");
-        spec.GetName(out);
-        EXPECT_EQ(static_cast<const char*>(out), row.name);
-        XStr<255> cut("what stood here before");
+        XCString name("what stood here before"), extension(name);
+        XStr<255> cut(name);
+        spec.GetName(name);
         spec.GetName(cut);
+        spec.GetExtension(extension);
+        EXPECT_EQ(static_cast<const char*>(name), row.name);
         EXPECT_EQ(cut.GetCStr(), row.name.substr(0, 255));
-        out = "what stood here before";
-        spec.GetExtension(out);
-        EXPECT_EQ(static_cast<const char*>(out), row.extension);
+        EXPECT_EQ(static_cast<const char*>(extension), row.extension);
     }
     XCString name("file.txt");
     XFileSpec::GetExtension(name, name);

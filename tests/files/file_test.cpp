@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "files/failures.h"
 #include "files/platform_errors.h"
-#include "files/scratch.h"
 #include "support/refusing_new.h"
 
 namespace veldt::tests {
@@ -40,12 +40,10 @@ std::string Part(const char* path, char* (XFile::*query)(char*) const) {
 }  // namespace
 
 TEST_F(File, StartsClosedAndRefusesWhatNeedsAnOpenFile) {
-    EXPECT_EQ(file_.IsOpen() + file_.IsDirectory() + file_.IsTemporary(), 0);
-    EXPECT_EQ(file_.IsFile(), 1);
+    EXPECT_EQ(file_.IsOpen() + file_.IsDirectory() + file_.IsTemporary() - file_.IsFile(), -1);
     EXPECT_EQ(file_.GetError(), XFile::ErrorNone);
     EXPECT_EQ(file_.SetType(7) + file_.SetCreator(7) + file_.GetType() + file_.GetCreator(), 0);
-    std::int32_t low = 1;
-    std::int32_t high = 2;
+    std::int32_t low = 1, high = 2;
     ExpectFailure(file_, file_.Read(&mark_, 1, 0, 0), XFile::ErrorNotOpen);
     ExpectFailure(file_, file_.Write(&mark_, 1, 0, 0), XFile::ErrorNotOpen);
     ExpectFailure(file_, file_.GetEOF(&low, &high), XFile::ErrorNotOpen);
@@ -62,8 +60,7 @@ TEST_F(File, IsCreatedOnceAndLeftClosed) {
     XFile fresh = FileAt(scratch_.Path("b"));
     EXPECT_EQ(fresh.Exists(), 0);
     EXPECT_EQ(fresh.Create(), 1);
-    EXPECT_EQ(fresh.IsOpen(), 0);
-    EXPECT_EQ(fresh.Exists(), 1);
+    EXPECT_EQ(fresh.Exists() - fresh.IsOpen(), 1);
     EXPECT_EQ(std::filesystem::file_size(scratch_.Host("b")), 0u);
     ExpectFailure(file_, file_.Create(), XFile::ErrorExists);
     EXPECT_EQ(scratch_.Content("a").size(), 120u);
@@ -72,8 +69,7 @@ TEST_F(File, IsCreatedOnceAndLeftClosed) {
 
     XFile directory = FileAt(scratch_.Path("d"));
     EXPECT_EQ(directory.CreateDirectoryA(), 1);
-    EXPECT_EQ(directory.IsDirectory() - directory.IsFile(), 1);
-    EXPECT_EQ(directory.Exists(), 1);
+    EXPECT_EQ(directory.IsDirectory() + directory.Exists() - directory.IsFile(), 2);
     ExpectFailure(directory, directory.CreateDirectoryA(), XFile::ErrorExists);
 }
 
@@ -101,31 +97,14 @@ TEST_F(File, SaysWhyItCannotBeOpened) {
     ExpectFailure(file, file.Delete(), XFile::ErrorBadPath);
 }
 
-// The model's test reads and writes everywhere else.
-TEST_F(File, DeliversUpToItsEndAndNothingBelowZero) {
+TEST_F(File, NothingIsDoneBelowZero) {
     ASSERT_EQ(file_.Open(XFile::PermissionReadWrite), 1);
-    const struct {
-        std::uint32_t count;
-        std::int32_t position;
-        std::uint32_t done;
-        XFile::Error error;
-    } cases[] = {
-        {1, 119, 1, XFile::ErrorNone},
-        {2, 119, 1, XFile::ErrorEndOfFile},
-        {1, 120, 0, XFile::ErrorEndOfFile},
-        {0, 500, 0, XFile::ErrorNone},
-    };
-    for (const auto& row : cases) {
-        char buffer[2] = {};
-        EXPECT_EQ(file_.Read(buffer, row.count, row.position, 0), row.done) << row.position;
-        EXPECT_EQ(file_.GetError(), row.error) << row.position;
-    }
     for (const std::int32_t low : {0, -1, 7}) {
         ExpectFailure(file_, file_.Read(&mark_, 1, low, -1), XFile::ErrorOther);
         ExpectFailure(file_, file_.Write(&mark_, 1, low, -1), XFile::ErrorOther);
         ExpectFailure(file_, file_.SetEOF(low, -1), XFile::ErrorOther);
-        EXPECT_EQ(mark_, 'x') << "a position below zero was read at";
     }
+    EXPECT_EQ(mark_, 'x');
     EXPECT_EQ(file_.Close(), 1);
     EXPECT_EQ(scratch_.Content("a"), std::string(120, 'c'));
 }
@@ -135,18 +114,17 @@ TEST_F(File, KeepsToItsPermissionAndTheFileToItself) {
     for (const XFile::Permission permission : kPermissions) {
         const bool reads = permission != XFile::PermissionWrite;
         const bool writes = permission != XFile::PermissionRead;
+        const auto expect = [&](bool allowed, std::uint32_t done, bool errorIsKnown = true) {
+            EXPECT_EQ(done, allowed);
+            const XFile::Error error = allowed ? XFile::ErrorNone : XFile::ErrorAccess;
+            EXPECT_TRUE(file_.GetError() == error || !errorIsKnown);
+            platform::SetLastError(0);
+        };
         ASSERT_EQ(file_.Open(permission), 1);
-        EXPECT_EQ(file_.Read(&mark_, 1, 0, 0), reads);
-        EXPECT_EQ(file_.GetError(), reads ? XFile::ErrorNone : XFile::ErrorAccess);
-        platform::SetLastError(0);
-        mark_ = 'c';
-        EXPECT_EQ(file_.Write(&mark_, 1, 0, 0), writes);
-        EXPECT_EQ(file_.GetError(), writes ? XFile::ErrorNone : XFile::ErrorAccess);
-        platform::SetLastError(0);
-        EXPECT_EQ(file_.SetEOF(120, 0), writes);
+        expect(reads, file_.Read(&mark_, 1, 0, 0));
+        expect(writes, file_.Write("c", 1, 0, 0));
         // Wine calls it a bad argument where the system itself says that access is denied.
-        EXPECT_TRUE(writes || file_.GetError() == XFile::ErrorAccess || UnderWine());
-        platform::SetLastError(0);
+        expect(writes, static_cast<std::uint32_t>(file_.SetEOF(120, 0)), !UnderWine());
         for (const XFile::Permission second : kPermissions) {
             ExpectFailure(other, other.Open(second), XFile::ErrorAccess);
         }

@@ -1,18 +1,14 @@
 // What the tests on files share: a directory of their own, and paths in the system's form.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <veldt20/files.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
-
-#include "platform/platform.h"
 
 namespace veldt::tests {
 
@@ -52,23 +48,9 @@ class Scratch {
     std::filesystem::path directory_;
 };
 
-/// Wine reports a few failures by other numbers than the system that it stands in for.
-inline bool UnderWine() {
-    return std::getenv("WINEPREFIX") != nullptr;
-}
-
 inline XFile FileAt(const std::string& path) {
     XFileSpec spec(XCString(path.c_str()));
     return XFile(&spec);
-}
-
-/// Expects that an operation gave 0 and left `error`. Then takes back the platform's last error,
-/// which can count as the next operation's own.
-template <class Result>
-void ExpectFailure(const XFile& file, Result result, XFile::Error error) {
-    EXPECT_EQ(result, Result{0});
-    EXPECT_EQ(file.GetError(), error);
-    platform::SetLastError(0);
 }
 
 }  // namespace veldt::tests

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "files/children.h"
-#include "files/scratch.h"
+#include "files/failures.h"
 
 namespace veldt::tests {
 

@@ -109,6 +109,8 @@ TEST_F(FixRectangles, RandomAgainstWideArithmetic) {
                         std::max(a.bottom, b.bottom), std::max(a.right, b.right)}));
         XFixRect changed = rect;
         EXPECT_EQ(Widen(rect & other), Widen(changed &= other));
+        changed = rect;
+        EXPECT_EQ(Widen(rect | other), Widen(changed |= other));
         EXPECT_EQ(rect.Width(), static_cast<std::int32_t>(a.right - a.left));
         EXPECT_EQ(rect.Height(), static_cast<std::int32_t>(a.bottom - a.top));
 
@@ -180,6 +182,12 @@ TEST(FixPoint, ProductsAndQuotientsAreTheShortcuts) {
     EXPECT_EQ(Of(XFixPoint(3, -3) * XFixPoint(k1 / 2, k1 / 2)), (Pair{1, -1}));
     EXPECT_EQ(Of(XFixPoint(k1, 0) / XFixPoint(0, k1)), (Pair{0x7FFFFFFF, 0}));
     EXPECT_EQ(Of(XFixPoint(0, 5 * k1) / XFixPoint(0, -5 * k1)), (Pair{0, -k1}));
+    const XFixPoint two(2 * k1, 2 * k1);
+    XFixPoint point = two;
+    EXPECT_EQ(Of(point += XFixPoint(0, k1)), (Pair{2 * k1, 3 * k1}));
+    EXPECT_EQ(Of(point *= two), (Pair{4 * k1, 6 * k1}));
+    EXPECT_EQ(Of(point -= two), (Pair{2 * k1, 4 * k1}));
+    EXPECT_EQ(Of(point /= two), (Pair{k1, 2 * k1}));
 }
 
 TEST(FixPoint, OrdersAskBothCoordinates) {

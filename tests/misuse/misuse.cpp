@@ -15,100 +15,85 @@ void Read(const char* address) {
     sum += *static_cast<const volatile char*>(address);
 }
 
-/// What comes next is wrong.
-void Mistake() {
-    std::fputs("mistake:\n", stderr);
-}
-
 char** Line(std::int32_t size) {
     char** h = _XNewHandle(size);
     std::memset(*h, 'x', static_cast<std::size_t>(size));
     return h;
 }
 
-void ReadPastPointer(std::int32_t size) {
-    char* p = _XNewPtrClear(size);
-    Read(p + size - 1);
-    Mistake();
-    Read(p + size);
+// Each of the following gives an address that must not be read any more.
+
+const char* PastPointer(std::int32_t size) {
+    return _XNewPtrClear(size) + size;
 }
 
-void ReadPastHandle(std::int32_t size) {
-    char** h = Line(size);
-    Read(*h + size - 1);
-    Mistake();
-    Read(*h + size);
+const char* PastHandle(std::int32_t size) {
+    return *Line(size) + size;
 }
 
-void ReadPastShrunk(std::int32_t size) {
+const char* PastShrunkHandle(std::int32_t size) {
     char** h = Line(size);
     _XSetHandleSize(h, size - 3);
-    Read(*h + size - 4);
-    Mistake();
-    Read(*h + size - 3);
+    return *h + size - 3;
 }
 
-void UseDisposedPointer(std::int32_t size) {
+const char* InDisposedPointer(std::int32_t size) {
     char* p = _XNewPtrClear(size);
     XDisposePtr(p);
-    Mistake();
-    Read(p + size / 2);
+    return p + size / 2;
 }
 
-void UseDisposedHandle(std::int32_t size) {
+const char* InDisposedHandle(std::int32_t size) {
     char** h = Line(size);
     const char* stale = *h;
     XDisposeHandle(h);
-    Mistake();
-    Read(stale + size / 2);
+    return stale + size / 2;
 }
 
-void UseResized(std::int32_t size) {
+/// The inside of the line where it was, which must not be where it is.
+const char* Stale(char** h, const char* before, std::int32_t size) {
+    return before == *h ? *h : before + size / 2;
+}
+
+const char* InResizedHandle(std::int32_t size) {
     char** h = Line(size);
     Line(size);
-    const char* stale = *h;
+    const char* before = *h;
     _XSetHandleSize(h, 40 * size);
-    Read(*h + size - 1);
-    Mistake();
-    if (stale != *h) Read(stale + size / 2);
+    return Stale(h, before, size);
 }
 
-void UseFixed(std::int32_t size) {
+const char* InFixedHandle(std::int32_t size) {
     char** h = Line(size);
-    const char* stale = *h;
+    const char* before = *h;
     XMoveHHi(h);
-    Read(*h + size - 1);
-    Mistake();
-    Read(stale + size / 2);
+    return Stale(h, before, size);
 }
 
 /// Blocks below this one are disposed, so that it slides down within its page.
-void UseSlid(std::int32_t size) {
+const char* InSlidHandle(std::int32_t size) {
     char** below = Line(2000);
     char** h = Line(size);
     Line(size);
-    const char* stale = *h;
+    const char* before = *h;
     XDisposeHandle(below);
     XMemCompactHeap();
-    Read(*h + size - 1);
-    Mistake();
-    if (stale != *h) Read(stale + size / 2);
+    return Stale(h, before, size);
 }
 
 /// Nearly all blocks of two pages are disposed, so that the page of the last one is emptied.
-void UseEvacuated(std::int32_t size) {
+const char* InEvacuatedHandle(std::int32_t size) {
     std::vector<char**> lines;
     for (int i = 0; i < 40000 / size; ++i) lines.push_back(Line(size));
     for (std::size_t i = 1; i + 1 < lines.size(); ++i) XDisposeHandle(lines[i]);
     const char* first = *lines.front();
     const char* last = *lines.back();
     XMemCompactHeap();
-    Mistake();
-    Read((first != *lines.front() ? first : last) + size / 2);
+    return (first != *lines.front() ? first : last) + size / 2;
 }
 
 /// Every byte of every block, through the moves that are made on purpose.
-void None(std::int32_t) {
+const char* Nowhere(std::int32_t) {
     std::vector<char**> lines;
     for (std::int32_t size = 1; size < 9000; size += size / 3 + 1) {
         lines.push_back(Line(size));
@@ -131,44 +116,44 @@ void None(std::int32_t) {
         XHUnlock(line);
         XDisposeHandle(line);
     }
+    return "";
 }
 
-struct Kind {
+constexpr struct {
     std::string_view name;
-    void (*make)(std::int32_t size);
+    const char* (*make)(std::int32_t size);
     std::int32_t size;
-};
-
-constexpr Kind kKinds[] = {
-    {"none", None, 0},
-    {"past_fixed_pointer", ReadPastPointer, 11},
-    {"past_pointer", ReadPastPointer, 100},
-    {"past_large_pointer", ReadPastPointer, 5000},
-    {"past_handle", ReadPastHandle, 100},
-    {"past_large_handle", ReadPastHandle, 5000},
-    {"past_shrunk_handle", ReadPastShrunk, 100},
-    {"disposed_fixed_pointer", UseDisposedPointer, 11},
-    {"disposed_pointer", UseDisposedPointer, 100},
-    {"disposed_large_pointer", UseDisposedPointer, 5000},
-    {"disposed_handle", UseDisposedHandle, 100},
-    {"resized_handle", UseResized, 100},
-    {"resized_large_handle", UseResized, 5000},
-    {"fixed_handle", UseFixed, 100},
-    {"slid_handle", UseSlid, 100},
-    {"evacuated_handle", UseEvacuated, 1000},
+} kKinds[] = {
+    {"none", Nowhere, 0},
+    {"past_fixed_pointer", PastPointer, 11},
+    {"past_pointer", PastPointer, 100},
+    {"past_large_pointer", PastPointer, 5000},
+    {"past_handle", PastHandle, 100},
+    {"past_large_handle", PastHandle, 5000},
+    {"past_shrunk_handle", PastShrunkHandle, 100},
+    {"disposed_fixed_pointer", InDisposedPointer, 11},
+    {"disposed_pointer", InDisposedPointer, 100},
+    {"disposed_large_pointer", InDisposedPointer, 5000},
+    {"disposed_handle", InDisposedHandle, 100},
+    {"resized_handle", InResizedHandle, 100},
+    {"resized_large_handle", InResizedHandle, 5000},
+    {"fixed_handle", InFixedHandle, 100},
+    {"slid_handle", InSlidHandle, 100},
+    {"evacuated_handle", InEvacuatedHandle, 1000},
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2 || XMemInitInstance() == 0) return 2;
-    for (const Kind& kind : kKinds) {
-        if (kind.name == argv[1]) {
-            kind.make(kind.size);
-            XMemExitInstance();
-            std::printf("%d\n", sum);
-            return 0;
-        }
+    for (const auto& kind : kKinds) {
+        if (kind.name != argv[1]) continue;
+        const char* const mistake = kind.make(kind.size);
+        std::fputs("mistake:\n", stderr);
+        Read(mistake);
+        XMemExitInstance();
+        std::printf("%d\n", sum);
+        return 0;
     }
     return 2;
 }

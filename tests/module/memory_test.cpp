@@ -1,7 +1,6 @@
+// One call of each memory function that no other test on the module makes.
 #include <gtest/gtest.h>
 #include <veldt20/memory.h>
-
-#include <cstring>
 
 namespace {
 
@@ -13,65 +12,39 @@ class Memory : public testing::Test {
 
 TEST_F(Memory, PointersStayWhereTheyAre) {
     char* const p = _XNewPtr(100);
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(XMemError(), 0);
-    EXPECT_EQ(XGetPtrSize(p), 100);
+    p[49] = 'p';
     EXPECT_EQ(XStripAddress(p), p);
-    std::memset(p, 'p', 100);
     _XSetPtrSize(p, 50);
     EXPECT_EQ(XGetPtrSize(p), 50);
     EXPECT_EQ(p[49], 'p');
-
+    XDisposePtr(p);
     char* const clear = _XNewPtrClear(3);
-    ASSERT_NE(clear, nullptr);
     EXPECT_EQ(clear[0] | clear[1] | clear[2], 0);
     XDisposePtr(clear);
-    XDisposePtr(p);
-    EXPECT_EQ(XMemError(), 0);
     XDisposePtr(nullptr);
     EXPECT_EQ(XMemError(), kMemBadBlock);
 }
 
 TEST_F(Memory, HandlesKeepTheirBytesWhereverTheyMove) {
-    char** const h = _XNewHandle(1000);
-    char** const clear = _XNewHandleClear(10);
-    ASSERT_NE(h, nullptr);
-    ASSERT_NE(clear, nullptr);
-    EXPECT_EQ((*clear)[9], 0);
-    std::memset(*h, 'h', 1000);
+    char** const below = _XNewHandle(1000);
+    char** const h = _XNewHandleClear(1000);
+    (*h)[999] = 'h';
     ASSERT_EQ(_XSetHandleSize(h, 5000), 1);
-    EXPECT_EQ(XGetHandleSize(h), 5000);
-    XDisposeHandle(clear);
+    XDisposeHandle(below);
     XMemCompactHeap();
-    EXPECT_EQ((*h)[0], 'h');
     EXPECT_EQ((*h)[999], 'h');
-    EXPECT_EQ(__XMunger(h, 0, "h", 1, "ab", 2), 2);
-    EXPECT_EQ(XGetHandleSize(h), 5001);
-    XEmptyHandle(h);
-    EXPECT_EQ(XGetHandleSize(h), 0);
-    XHPurge(h);
-    XHNoPurge(h);
-    XDisposeHandle(h);
-    EXPECT_EQ(XMemError(), 0);
-}
-
-TEST_F(Memory, LocksAreCounted) {
-    char** const h = _XNewHandle(10);
-    ASSERT_NE(h, nullptr);
-    const char free = XHGetState(h);
-    XHLock(h);
-    XHLock(h);
-    EXPECT_EQ(XHGetState(h), 2);
-    XHSetState(h, free);
-    EXPECT_EQ(XHGetState(h), 0);
     XMoveHHi(h);
     EXPECT_EQ(XHGetState(h), 1);
+    XHSetState(h, 0);
+    XHLock(h);
     const char* const locked = *h;
     XMemCompactHeap();
     EXPECT_EQ(*h, locked);
     XHUnlock(h);
-    EXPECT_EQ(XHGetState(h), 0);
-    XDisposeHandle(h);
+    XHPurge(h);
+    XHNoPurge(h);
+    XEmptyHandle(h);
+    EXPECT_EQ(XGetHandleSize(h), 0);
 }
 
 TEST(Bytes, AreMovedFilledComparedAndMasked) {

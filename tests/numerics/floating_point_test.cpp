@@ -59,17 +59,20 @@ TEST(FloatingPoint, RoundsToWholeNumbers) {
     EXPECT_EQ(XFp::RIntToL(0x1p62 + 0x1p10), 1024);
     EXPECT_EQ(XFp::RIntToL(kIeeeNan), 0);
     EXPECT_EQ(XFp::RIntToL(-kInfinity), 0);
+    EXPECT_EQ(XFp::Num2Double(7.5), 7.5);
+    XFp one;
+    EXPECT_EQ(&(one = XFp()), &one);
 }
 
 TEST(FloatingPoint, NotANumberIsAFiniteOne) {
     EXPECT_EQ(std::bit_cast<std::uint64_t>(XFp::Nan(200)), 0xC2A674E79FC3F200);
+    EXPECT_EQ(XFp::Inf(), kInfinity);
     for (const double x : {XFp::Nan(0), XFp::Nan(200), -12345679012345.0, kIeeeNan, -kIeeeNan}) {
         EXPECT_EQ(XFp::IsNan(x), 1) << x;
     }
-    for (const double x : {XFp::Inf(), -XFp::Inf(), XFp::Nan(0) + 1.0, -XFp::Nan(0), 0.0}) {
+    for (const double x : {kInfinity, -kInfinity, kSentinel + 1, -kSentinel, 0.0}) {
         EXPECT_EQ(XFp::IsNan(x), 0) << x;
     }
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(XFp::Inf()), 0x7FF0000000000000);
 }
 
 TEST(FloatingPoint, LogarithmsAreExactWhereTheyCanBe) {
@@ -113,11 +116,11 @@ TEST(FloatingPoint, PowersAreRoundedOnceInEveryMode) {
         double x, y, nearest, above, below;
     } cases[] = {
         {1.1, 1000, 0x1.6aec8cd64aba1p+137, 0x1.6aec8cd64aba2p+137, 0x1.6aec8cd64aba1p+137},
-        {1 + 0x1p-40, 7e14, 0x1.66a7503d20ad1p+918, 0x1.66a7503d20ad1p+918, 0x1.66a7503d20ad0p+918},
         {7.25e-5, 77.7, 0x2dp-1074, 0x2ep-1074, 0x2dp-1074},
         {5e-324, 0.3, 0x1.bdb8cdadbe161p-323, 0x1.bdb8cdadbe161p-323, 0x1.bdb8cdadbe160p-323},
         {3, 33, 0x1.3bfefa65abb83p+52, 0x1.3bfefa65abb83p+52, 0x1.3bfefa65abb83p+52},
-        {2.25, -0.5, 0x1.5555555555555p-1, 0x1.5555555555556p-1, 0x1.5555555555555p-1},
+        {2, -1022 - 0x6p-12, 0x0.ffbd7ddc30bb3p-1022, 0x0.ffbd7ddc30bb3p-1022,
+         0x0.ffbd7ddc30bb2p-1022},
         {10, 309, kInfinity, kInfinity, std::numeric_limits<double>::max()},
         {10, -324, 0, 0x1p-1074, 0}};
     for (const auto& c : cases) {

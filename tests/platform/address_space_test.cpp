@@ -12,6 +12,7 @@
 
 #include "platform/platform.h"
 #include "platform/posix/faults.h"
+#include "support/seed.h"
 
 namespace {
 
@@ -33,32 +34,51 @@ void* Commit(void* base, SIZE_T offset, SIZE_T size) {
     return VirtualAlloc(static_cast<char*>(base) + offset, size, MEM_COMMIT, PAGE_READWRITE);
 }
 
+char* Take(SIZE_T size) {
+    return static_cast<char*>(
+        VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+}
+
+void Drop(void* base) {
+    EXPECT_NE(VirtualFree(base, 0, MEM_RELEASE), 0);
+}
+
 /// Random regions against a model of what each has reserved and committed. Every region is filled
 /// with a byte of its own, so that two which overlap, or memory lost under a region, are seen.
 class Model {
   public:
-    explicit Model(unsigned seed) : random_(seed) {}
+    /// `alone`: no other thread takes addresses, and some requests are refused.
+    Model(unsigned seed, bool alone) : random_(seed), alone_(alone) {}
 
     void Step() {
-        switch (Below(5)) {
-            case 0:
-            case 1:
-                return regions_.size() < 300 ? Add() : Remove();
-            case 2:
-                return Remove();
-            case 3:
-                return Grow();
-            default:
-                return Shrink();
+        const SIZE_T kind = Below(5);
+        if (regions_.empty() || (kind < 2 && regions_.size() < 300)) return Add();
+        const auto any = std::next(regions_.begin(), static_cast<long>(Below(regions_.size())));
+        auto& [base, region] = *any;
+        Check(base, region);
+        if (kind == 3) {
+            const SIZE_T room = (region.reserved - region.committed) / kPage;
+            if (room != 0) Extend(base, region, 1 + Below(room));
+            ASSERT_EQ(Commit(base, 0, region.reserved + 1), nullptr);
+        } else if (kind == 4) {
+            const SIZE_T pages = Below(region.committed / kPage + 1);
+            if (pages == 0) return;
+            region.committed -= pages * kPage;
+            ASSERT_NE(VirtualFree(base + region.committed, pages * kPage, MEM_DECOMMIT), 0);
+            Check(base, region);
+        } else {
+            Drop(base);
+            ASSERT_TRUE(!alone_ || VirtualFree(base, 0, MEM_RELEASE) == 0);
+            regions_.erase(any);
         }
     }
 
     void RemoveAll() {
-        while (!regions_.empty()) Remove();
-    }
-
-    void CheckAll() {
-        for (const auto& [base, region] : regions_) Check(base, region);
+        for (const auto& [base, region] : regions_) {
+            Check(base, region);
+            Drop(base);
+        }
+        regions_.clear();
     }
 
   private:
@@ -72,7 +92,7 @@ class Model {
 
     void Add() {
         const SIZE_T units = Below(3) != 0 ? 1 : 1 + Below(Below(8) == 0 ? 200 : 20);
-        const bool refusing = Below(16) == 0;
+        const bool refusing = alone_ && Below(16) == 0;
         if (refusing) faults::FailVirtualAlloc(1 + Below(2));
         auto* base = static_cast<char*>(Reserve(units * kUnit));
         if (base == nullptr) {
@@ -82,85 +102,64 @@ class Model {
         ASSERT_EQ(reinterpret_cast<std::uintptr_t>(base) % kUnit, 0u);
         ASSERT_EQ(Committed(base), 0u);
         const auto after = regions_.lower_bound(base);
-        if (after != regions_.end()) {
-            ASSERT_LE(base + units * kUnit, after->first);
-        }
+        ASSERT_TRUE(after == regions_.end() || base + units * kUnit <= after->first);
         Region region{units * kUnit, 0, static_cast<unsigned char>(random_())};
         const SIZE_T pages = 1 + Below(units * 16);
         if (Commit(base, 0, pages * kPage) == nullptr) {
             ASSERT_TRUE(refusing);
-            ASSERT_NE(VirtualFree(base, 0, MEM_RELEASE), 0);
-            return;
+            return Drop(base);
         }
         Extend(base, region, pages);
         regions_.emplace(base, region);
     }
 
-    void Extend(char* base, Region& region, SIZE_T pages) {
+    static void Extend(char* base, Region& region, SIZE_T pages) {
         ASSERT_NE(Commit(base, region.committed, pages * kPage), nullptr);
         std::memset(base + region.committed, region.fill, pages * kPage);
         region.committed += pages * kPage;
-        ASSERT_EQ(Committed(base), region.committed);
+        Check(base, region);
     }
 
-    auto Any() { return std::next(regions_.begin(), static_cast<long>(Below(regions_.size()))); }
-
-    static void Check(char* base, const Region& region) {
+    static void Check(const char* base, const Region& region) {
         ASSERT_EQ(Committed(base), region.committed);
         for (SIZE_T at = 0; at < region.committed; at += 1024) {
             ASSERT_EQ(static_cast<unsigned char>(base[at]), region.fill);
         }
     }
 
-    void Remove() {
-        if (regions_.empty()) return;
-        const auto it = Any();
-        Check(it->first, it->second);
-        ASSERT_NE(VirtualFree(it->first, 0, MEM_RELEASE), 0);
-        ASSERT_EQ(VirtualFree(it->first, 0, MEM_RELEASE), 0);
-        regions_.erase(it);
-    }
-
-    void Grow() {
-        if (regions_.empty()) return;
-        auto& [base, region] = *Any();
-        const SIZE_T room = (region.reserved - region.committed) / kPage;
-        if (room != 0) Extend(base, region, 1 + Below(room));
-        ASSERT_EQ(Commit(base, 0, region.reserved + 1), nullptr);
-    }
-
-    void Shrink() {
-        if (regions_.empty()) return;
-        auto& [base, region] = *Any();
-        const SIZE_T pages = Below(region.committed / kPage + 1);
-        if (pages == 0) return;
-        region.committed -= pages * kPage;
-        ASSERT_NE(VirtualFree(base + region.committed, pages * kPage, MEM_DECOMMIT), 0);
-        Check(base, region);
-    }
-
     std::mt19937 random_;
+    bool alone_;
     std::map<char*, Region> regions_;
 };
 
 TEST(AddressSpace, BehavesLikeTheModelUnderRandomUse) {
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE(testing::Message() << "seed " << seed);
     const auto before = faults::CountAddressSpace();
-    Model model(seed);
+    Model model(veldt::tests::Seed(), true);
     for (int step = 0; step < 6000; ++step) {
         model.Step();
-        if (testing::Test::HasFatalFailure()) return;
+        if (testing::Test::HasFailure()) return;
         if (step % 16 != 0) continue;
         ASSERT_STREQ(faults::CheckAddressSpace(), nullptr) << "step " << step;
     }
     faults::FailVirtualAlloc(faults::kNever);
-    model.CheckAll();
     model.RemoveAll();
     EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
     const auto after = faults::CountAddressSpace();
     EXPECT_EQ(after.reservations, before.reservations);
     EXPECT_EQ(after.committedBytes, before.committedBytes);
+}
+
+TEST(AddressSpace, ThreadsKeepTheirRegionsApart) {
+    std::vector<std::thread> threads;
+    for (unsigned seed = 1; seed <= 4; ++seed) {
+        threads.emplace_back([seed] {
+            Model model(seed, false);
+            for (int step = 0; step < 2000; ++step) model.Step();
+            model.RemoveAll();
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
 }
 
 SIZE_T Resident() {
@@ -171,32 +170,36 @@ SIZE_T Resident() {
     return resident * kPage;
 }
 
-char* Take(SIZE_T size) {
-    return static_cast<char*>(
-        VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+/// Takes and fills blocks of these sizes, and drops them in the same order or another one.
+void ComeAndGo(const std::vector<SIZE_T>& sizes, bool shuffled = false) {
+    std::vector<char*> blocks;
+    for (const SIZE_T size : sizes) {
+        blocks.push_back(Take(size));
+        std::memset(blocks.back(), 1, size);
+    }
+    if (shuffled) std::shuffle(blocks.begin(), blocks.end(), std::mt19937(1));
+    std::for_each(blocks.begin(), blocks.end(), Drop);
 }
 
-void Drop(void* base) {
-    EXPECT_NE(VirtualFree(base, 0, MEM_RELEASE), 0);
-}
-
-TEST(AddressSpace, WhatComesAndGoesCostsNoSystemCall) {
+TEST(AddressSpace, WhatComesAndGoesCostsNoSystemCallAndStaysWarmUntilToldToGo) {
     const std::vector<SIZE_T> sizes = {4096,   16384,   61440,   65536,  69632,
                                        135168, 1 << 18, 1 << 20, 819200, (4 << 20) + 4096};
-    const auto oncePerSize = [&sizes] {
-        for (const SIZE_T size : sizes) {
-            char* base = Take(size);
-            base[0] = base[size - 1] = 1;
-            Drop(base);
-        }
-    };
-    Drop(Take(sizes.back()));
-    oncePerSize();
+    const std::vector<SIZE_T> pages(500, 16384);
+    for (int round = 0; round < 5; ++round) {
+        ComeAndGo(pages);
+        for (const SIZE_T size : sizes) ComeAndGo({size});
+    }
     const auto before = faults::CountAddressSpace();
-    for (int round = 0; round < 100; ++round) oncePerSize();
+    ComeAndGo(pages);
+    for (const SIZE_T size : sizes) ComeAndGo({size});
     const auto after = faults::CountAddressSpace();
     EXPECT_EQ(after.systemCalls, before.systemCalls);
-    EXPECT_EQ(after.allocCalls - before.allocCalls, 100 * sizes.size());
+    EXPECT_EQ(after.allocCalls - before.allocCalls, pages.size() + sizes.size());
+    ComeAndGo(pages);
+    const SIZE_T warm = Resident();
+    GiveBackIdleMemory();
+    EXPECT_LT(Resident(), warm - 450 * 16384);
+    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
 }
 
 TEST(AddressSpace, GivesMemoryBack) {
@@ -209,34 +212,9 @@ TEST(AddressSpace, GivesMemoryBack) {
     EXPECT_EQ(big[0], 1);
     Drop(big);
 
-    std::vector<char*> pages(4000);
-    for (char*& page : pages) {
-        page = Take(16384);
-        std::memset(page, 1, 16384);
-    }
-    const SIZE_T filled = Resident();
-    std::shuffle(pages.begin(), pages.end(), std::mt19937(1));
-    std::for_each(pages.begin(), pages.end(), Drop);
-    EXPECT_LT(Resident(), filled - 3800 * 16384);
-    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
-}
-
-TEST(AddressSpace, AHeapThatComesAndGoesAsAWholeStaysWarmUntilToldToGo) {
-    std::vector<char*> pages(500);
-    const auto comeAndGo = [&pages] {
-        for (char*& page : pages) {
-            page = Take(16384);
-            std::memset(page, 1, 16384);
-        }
-        std::for_each(pages.begin(), pages.end(), Drop);
-    };
-    for (int round = 0; round < 5; ++round) comeAndGo();
-    const std::uint64_t calls = faults::CountAddressSpace().systemCalls;
-    comeAndGo();
-    EXPECT_EQ(faults::CountAddressSpace().systemCalls, calls);
-    const SIZE_T warm = Resident();
-    GiveBackIdleMemory();
-    EXPECT_LT(Resident(), warm - 450 * 16384);
+    const SIZE_T before = Resident();
+    ComeAndGo(std::vector<SIZE_T>(4000, 16384), true);
+    EXPECT_LT(Resident(), before + 200 * 16384);
     EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
 }
 
@@ -337,31 +315,5 @@ TEST(AddressSpaceDeathTest, MakesDoWithWhatTheKernelGrants) {
     EXPECT_EXIT(UseUpAQuarterGigabyte(), testing::ExitedWithCode(0), "");
 }
 #endif
-
-TEST(AddressSpace, ThreadsKeepTheirRegionsApart) {
-    std::vector<std::thread> threads;
-    for (unsigned number = 1; number <= 4; ++number) {
-        threads.emplace_back([number] {
-            std::mt19937 random(number);
-            std::vector<std::pair<char*, SIZE_T>> regions;
-            for (int round = 0; round < 2000; ++round) {
-                const SIZE_T size = kPage * (1 + random() % (round % 8 != 0 ? 8 : 40));
-                regions.emplace_back(Take(size), size);
-                std::memset(regions.back().first, static_cast<int>(number), size);
-                if (regions.size() < 20) continue;
-                std::swap(regions.back(), regions[random() % regions.size()]);
-                const auto [base, bytes] = regions.back();
-                ASSERT_EQ(Committed(base), bytes);
-                ASSERT_EQ(base[0], static_cast<char>(number));
-                ASSERT_EQ(base[bytes - 1], static_cast<char>(number));
-                Drop(base);
-                regions.pop_back();
-            }
-            for (const auto& region : regions) Drop(region.first);
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
-}
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "strings/open_string.h"
+#include "strings/orders.h"
 #include "support/refusing_new.h"
 #include "support/seed.h"
 
@@ -27,10 +28,6 @@ std::string Terminated(const std::string& text) {
 
 bool IsSpace(char c) {
     return c == ' ' || (c >= 9 && c <= 13);
-}
-
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
 }
 
 struct Buffer {
@@ -231,7 +228,7 @@ class Driver {
         const bool counted = Below(2) == 0;
         std::string set = all, lower = head, holed = head;
         if (!set.empty()) set[static_cast<std::size_t>(index)] = 'x';
-        std::transform(head.begin(), head.end(), lower.begin(), Lower);
+        std::transform(head.begin(), head.end(), lower.begin(), veldt::tests::Lower);
         std::replace(holed.begin(), holed.end(), 'a', '\0');
         const auto first = std::find_if_not(all.begin(), all.end(), IsSpace);
         const auto end = std::find_if_not(all.rbegin(), all.rend(), IsSpace).base();

@@ -17,6 +17,7 @@
 
 namespace {
 
+using veldt::tests::Lower;
 using veldt::tests::OpenString;
 using veldt::tests::OperatorsAgree;
 using veldt::tests::RefusedNew;
@@ -34,10 +35,6 @@ int PlainDifference(const std::string& a, const std::string& b, Fold fold) {
 
 char AsItIs(char c) {
     return c;
-}
-
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
 }
 
 /// Two texts of which one often is the other with a byte changed, and zero bytes in some.

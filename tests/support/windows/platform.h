@@ -1,4 +1,4 @@
-// What a program on the module alone needs of the platform.
+// What a program on the exported headers alone needs of the platform.
 #pragma once
 
 #define WIN32_LEAN_AND_MEAN

@@ -1,0 +1,27 @@
+// How the tests on files look at what failed.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "files/scratch.h"
+#include "platform/platform.h"
+
+namespace veldt::tests {
+
+/// Wine reports a few failures by other numbers than the system that it stands in for.
+inline bool UnderWine() {
+    return std::getenv("WINEPREFIX") != nullptr;
+}
+
+/// Expects that an operation gave 0 and left `error`. Then takes back the platform's last error,
+/// which can count as the next operation's own.
+template <class Result>
+void ExpectFailure(const XFile& file, Result result, XFile::Error error) {
+    EXPECT_EQ(result, Result{0});
+    EXPECT_EQ(file.GetError(), error);
+    platform::SetLastError(0);
+}
+
+}  // namespace veldt::tests

@@ -91,8 +91,11 @@ inline int DifferenceOf(const XCString& a, const char* b) {
 inline bool Agree(const XCString& a, const char* b) {
     const char* const text = a;
     const std::size_t length = std::strlen(b);
-    return length <= static_cast<std::size_t>(a.GetLength()) && text[length] == 0 &&
-           std::memcmp(text, b, length) == 0;
+    if (length <= static_cast<std::size_t>(a.GetLength())) {
+        return text[length] == 0 && std::memcmp(text, b, length) == 0;
+    }
+    // The owner of a lock may have written on past the length that was last set.
+    return text[a.GetLength()] != 0 && std::strcmp(text, b) == 0;
 }
 
 }  // namespace veldt::strings

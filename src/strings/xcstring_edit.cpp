@@ -41,12 +41,12 @@ void XCString::MakeLower() {
 }
 
 void XCString::TrimLeft() {
-    const char* first = characters_;
-    while (strings::IsAsciiSpace(*first)) ++first;
-    const auto skipped = static_cast<int>(first - characters_);
+    const int length = GetData()->length;
+    int skipped = 0;
+    while (skipped < length && strings::IsAsciiSpace(characters_[skipped])) ++skipped;
     if (skipped == 0) return;
     CopyBeforeWrite();
-    const int rest = GetData()->length - skipped;
+    const int rest = length - skipped;
     std::memmove(characters_, characters_ + skipped, static_cast<std::size_t>(rest));
     strings::SetLength(GetData(), rest);
 }

@@ -95,12 +95,26 @@ TEST(XCString, StepsOfEachWidthStopAtTheSamePlace) {
     }
 }
 
-// The length is set when the writing ends; the copy goes by the terminator.
-TEST(XCString, ACopyOfALockedOneHasWhatWasWrittenSoFar) {
-    XCString s;
-    s.GetBuffer(8);
-    std::strcpy(s.LockBuffer(), "abc");
-    EXPECT_STREQ(XCString(s), "abc");
+// The length is set when the writing ends; until then all go by the terminator.
+TEST(XCString, ALockedOneIsWhatWasWrittenSoFar) {
+    const std::string written = "abc, and then a good deal more than a vector holds, up to a xylem";
+    for (const std::size_t cut : {written.size(), std::size_t{8}}) {
+        const std::string text = written.substr(0, cut);
+        XCString s("abc");
+        s.GetBuffer(80);
+        std::strcpy(s.LockBuffer(), text.c_str());
+        EXPECT_STREQ(XCString(s), text.c_str());
+        EXPECT_TRUE(s == text.c_str());
+        EXPECT_TRUE(s == XCString(text.c_str()));
+        std::string greater = text;
+        ++greater.back();
+        EXPECT_FALSE(s == greater.c_str());
+        EXPECT_EQ(s.Compare(greater.c_str()), -1);
+        EXPECT_TRUE(s < XCString(greater.c_str()));
+        EXPECT_EQ(s.CompareNoCase(greater.c_str()), -1);
+        EXPECT_EQ(s.Find(text.c_str() + 4), 4);
+        EXPECT_EQ(s.Find(greater.c_str() + 4), -1);
+    }
 }
 
 TEST(XCString, NoLengthIsBeyond31Bits) {

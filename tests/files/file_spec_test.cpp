@@ -23,7 +23,7 @@ TEST(FileSpec, TakesPathsApart) {
         {"\\a", "a", ""},
         {"", "", ""},
         {"\\" + std::string(32767, 'a') + ".b", std::string(32767, 'a') + ".b", "b"},
-        {"\\" + std::string(32768, 'a') + ".b", std::string(32768, 'a') + ".b", ""},
+        {"\\" + std::string(40000, 'a') + ".b", std::string(40000, 'a') + ".b", ""},
     };
     for (const auto& row : cases) {
         const XFileSpec spec(XCString(row.path.c_str()));

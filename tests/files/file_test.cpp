@@ -145,12 +145,18 @@ TEST_F(File, KeepsToItsPermissionAndTheFileToItself) {
 TEST_F(File, CopiesHoldOneHandle) {
     XFile copy = FileAt(scratch_.Path("A"));
     EXPECT_EQ(file_ == copy, 0);
-    ASSERT_EQ(file_.Open(XFile::PermissionRead), 1);
+    ExpectFailure(file_, file_.Create(), XFile::ErrorExists);
     copy = file_;
     EXPECT_EQ(copy != file_, 0);
+    EXPECT_EQ(copy.GetError(), XFile::ErrorExists);
+    ASSERT_EQ(file_.Open(XFile::PermissionRead), 1);
+    copy = file_;
     EXPECT_EQ(copy.Read(&mark_, 1, 0, 0), 1u);
     EXPECT_EQ(mark_, 'c');
     EXPECT_EQ(file_.Close(), 1);
+    std::int32_t low = 1, high = 2;
+    ExpectFailure(copy, copy.GetEOF(&low, &high), XFile::ErrorOther);
+    EXPECT_EQ(low + high, 3);
     ExpectFailure(copy, copy.Close(), XFile::ErrorOther);
     EXPECT_EQ(copy.IsOpen(), 1);
 }

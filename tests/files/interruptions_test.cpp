@@ -21,8 +21,7 @@ namespace veldt::tests {
 namespace {
 
 /// What the next of the kernel's file calls meet, in turn; after the last, they are left alone. A
-/// number above 0 is the errno value that the call fails with, one below 0 the most bytes that it
-/// moves.
+/// number above 0 is the errno value that the call fails with, ~n the most bytes that it moves.
 struct {
     std::deque<int> reads, writes, truncations, openings, locks;
     std::function<void()> beforeLock;  ///< runs once
@@ -35,7 +34,7 @@ auto Run(std::deque<int>& script, std::size_t& size, Function*, const char* name
          const Rest&... arguments) {
     const int step = script.empty() ? 0 : script.front();
     if (!script.empty()) script.pop_front();
-    if (step < 0) size = std::min(size, static_cast<std::size_t>(-step));
+    if (step < 0) size = std::min(size, static_cast<std::size_t>(~step));
     const auto real = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
     errno = step;
     return step > 0 ? -1 : real(arguments...);
@@ -92,7 +91,7 @@ TEST_F(Interruptions, NeverReachTheCallerAsShortCounts) {
     const auto script = [&] {
         std::deque<int> steps(40);
         for (int& step : steps)
-            step = random() % 2 == 0 ? EINTR : -1 - static_cast<int>(random() % 250);
+            step = random() % 2 == 0 ? EINTR : ~static_cast<int>(1 + random() % 250);
         return steps;
     };
     std::string bytes(10000, '\0');
@@ -119,13 +118,16 @@ TEST_F(Interruptions, NeverReachTheCallerAsShortCounts) {
 
 TEST_F(Interruptions, FaultsKeepWhatMovedBeforeThem) {
     std::string bytes(1000, 'b');
-    scripted.reads = {-300, EINTR, EIO};
+    scripted.reads = {~300, EINTR, EIO};
     EXPECT_EQ(file_.Read(bytes.data(), 1000, 0, 0), 300u);
     EXPECT_EQ(file_.GetError(), XFile::ErrorReadFault);
     EXPECT_EQ(bytes, std::string(300, 'a') + std::string(700, 'b'));
-    scripted.writes = {-300, EIO};
+    scripted.writes = {~300, EIO};
     EXPECT_EQ(file_.Write(bytes.data(), 1000, 0, 0), 300u);
     EXPECT_EQ(file_.GetError(), XFile::ErrorWriteFault);
+    scripted.writes = {~0};
+    EXPECT_EQ(file_.Write(bytes.data(), 1000, 0, 0), 0u);
+    EXPECT_EQ(platform::GetLastError(), platform::ERROR_DISK_FULL);
     scripted.reads = {EAGAIN};
     ExpectFailure(file_, file_.Read(bytes.data(), 1000, 0, 0), XFile::ErrorNotReady);
     scripted.truncations = {EIO};
@@ -145,6 +147,14 @@ TEST_F(Interruptions, SharingHoldsInOneProcessWithoutLocks) {
     scripted.locks = {ENOLCK, ENOLCK};
     EXPECT_EQ(other_.Open(XFile::PermissionReadWrite), 1);
     EXPECT_EQ(other_.Close(), 1);
+    const auto share = [&] {
+        scripted.locks = {ENOLCK};
+        return platform::CreateFileA(scratch_.Path("a").c_str(), platform::GENERIC_READ,
+                                     platform::FILE_SHARE_READ, nullptr, platform::OPEN_EXISTING, 0,
+                                     nullptr);
+    };
+    const platform::HANDLE one = share(), two = share();
+    EXPECT_EQ(platform::CloseHandle(one) + platform::CloseHandle(two), 2);
     // No exclusive lock without the right to write, but a shared one that keeps writers out.
     scripted.locks = {EBADF};
     ASSERT_EQ(file_.Open(XFile::PermissionRead), 1);

@@ -75,12 +75,14 @@ TEST_F(Obstacles, PathsThatLeadToNoFile) {
     EXPECT_EQ(file.Create(), 1);
 }
 
-TEST_F(Obstacles, DevicesWithoutPositions) {
+TEST_F(Obstacles, DevicesAreOpenToAllAndHaveNoPositions) {
     char mark;
     XFile terminal = FileAt("C:\\dev\\ptmx");
+    XFile other = FileAt("C:\\dev\\ptmx");
     ASSERT_EQ(terminal.Open(XFile::PermissionReadWrite), 1);
+    ASSERT_EQ(other.Open(XFile::PermissionReadWrite), 1);
     ExpectFailure(terminal, terminal.Read(&mark, 1, 0, 0), XFile::ErrorOther);
-    EXPECT_EQ(terminal.Close(), 1);
+    EXPECT_EQ(terminal.Close() + other.Close(), 2);
 }
 
 TEST_F(Obstacles, FullAndReadOnlyDisks) {

@@ -24,6 +24,18 @@ void ExpectFree(const std::string& path) {
     EXPECT_EQ(file.Close(), 1);
 }
 
+void AddOne(const std::string& path) {
+    XFile file = FileAt(path);
+    while (file.Open(XFile::PermissionReadWrite) == 0) {
+        ASSERT_EQ(file.GetError(), XFile::ErrorAccess);
+    }
+    char text[16] = {};
+    file.Read(text, sizeof text, 0, 0);
+    const std::string next = std::to_string(std::stoi(text) + 1);
+    file.Write(next.data(), static_cast<std::uint32_t>(next.size()), 0, 0);
+    file.Close();
+}
+
 class Sharing : public testing::Test {
   protected:
     Sharing() { scratch_.Fill("a", "0"); }
@@ -112,49 +124,33 @@ TEST_F(Sharing, StaleHandlesAreRefused) {
     EXPECT_EQ(platform::CloseHandle(nullptr) + platform::CloseHandle(&copy), 0);
 }
 
-// Different objects are independent, also where one thread's handle takes another's old place.
-TEST_F(Sharing, ThreadsWithFilesOfTheirOwnDoNotMeet) {
+// Threads and processes add to a number in the file, take turns by its share mode alone, and lose
+// nothing. Each thread has a file of its own besides, whose handle takes another's old place.
+TEST_F(Sharing, ThreadsAndProcessesTakeTurns) {
+    constexpr int kRounds = 200;
+    const auto addAll = [&] {
+        for (int done = 0; done < kRounds; ++done) AddOne(path_);
+    };
+    const pid_t children[] = {StartChild(addAll), StartChild(addAll)};
     std::vector<std::thread> threads(4);
     for (std::size_t number = 0; number < threads.size(); ++number) {
         threads[number] = std::thread([&, number] {
             XFile own = FileAt(scratch_.Path(std::to_string(number)));
-            XFile common = FileAt(path_);
             EXPECT_EQ(own.Create(), 1);
-            for (int round = 0; round < 300; ++round) {
+            for (int round = 0; round < kRounds; ++round) {
                 EXPECT_EQ(own.Open(XFile::PermissionReadWrite), 1);
                 EXPECT_EQ(own.Write(&number, sizeof number, round, 0), sizeof number);
+                AddOne(path_);
                 std::size_t found = 0;
                 EXPECT_EQ(own.Read(&found, sizeof found, round, 0), sizeof found);
                 EXPECT_EQ(found, number);
                 EXPECT_EQ(own.Close(), 1);
-                if (common.Open(XFile::PermissionRead) != 0) common.Close();
             }
         });
     }
     for (std::thread& thread : threads) thread.join();
-    ExpectFree(path_);
-}
-
-// Processes add to a number in the file, take turns by its share mode alone, and lose nothing.
-TEST_F(Sharing, ProcessesTakeTurns) {
-    constexpr int kAdditions = 250;
-    pid_t children[4];
-    for (pid_t& child : children) {
-        child = StartChild([&] {
-            for (int done = 0; done < kAdditions; ++done) {
-                while (file_.Open(XFile::PermissionReadWrite) == 0) {
-                    ASSERT_EQ(file_.GetError(), XFile::ErrorAccess);
-                }
-                char text[16] = {};
-                file_.Read(text, sizeof text, 0, 0);
-                const std::string next = std::to_string(std::stoi(text) + 1);
-                file_.Write(next.data(), static_cast<std::uint32_t>(next.size()), 0, 0);
-                file_.Close();
-            }
-        });
-    }
     for (const pid_t child : children) EXPECT_EQ(EndOf(child), 0);
-    EXPECT_EQ(scratch_.Content("a"), std::to_string(4 * kAdditions));
+    EXPECT_EQ(scratch_.Content("a"), std::to_string(6 * kRounds));
 }
 
 }  // namespace veldt::tests

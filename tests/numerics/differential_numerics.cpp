@@ -14,6 +14,7 @@
 #include <random>
 #include <string>
 
+#include "numerics/pascal.h"
 #include "numerics/rounding.h"
 
 namespace {
@@ -81,17 +82,14 @@ bool IsPowerOfTwo(std::int64_t x) {
 }
 
 void FixedPair() {
-    const std::int32_t a = FixedOperand();
-    const std::int32_t b = FixedOperand();
+    const std::int32_t a = FixedOperand(), b = FixedOperand();
+    const std::string operands = ' ' + to_string(a) + ' ' + to_string(b);
     const auto check = [&](const char* what, std::int32_t got, std::int32_t wanted) {
-        if (got != wanted) {
-            Check(what + (' ' + to_string(a)) + ' ' + to_string(b), to_string(got),
-                  to_string(wanted));
-        }
+        Check(what + operands, to_string(got), to_string(wanted));
     };
+    const bool cut = IsPowerOfTwo(a) || IsPowerOfTwo(b);
     check("FixMul", FixMul(a, b), ExactProduct(a, b));
     check("FixDiv", FixDiv(a, b), ExactQuotient(a, b));
-    const bool cut = IsPowerOfTwo(a) || IsPowerOfTwo(b);
     check("XFixMultiply", XFixMultiply(a, b),
           cut ? Low(std::int64_t{a} * b / 65536) : ExactProduct(a, b));
     check("XFixDivide", XFixDivide(a, b), a == 0 ? 0 : ExactQuotient(a, b));
@@ -205,10 +203,6 @@ std::string WantedRecord(const Source& source, bool fixed, int count) {
     return RecordText(source.negative, point - static_cast<int>(digits.size()), digits);
 }
 
-std::string FromPascal(const unsigned char* string) {
-    return {reinterpret_cast<const char*>(string) + 1, string[0]};
-}
-
 void WriteNumber() {
     const double x = Number();
     const Source source = SourceOf(x);
@@ -233,10 +227,8 @@ void WriteNumber() {
 // Text to numbers -------------------------------------------------------------------------------
 
 std::string DigitsOf(int count) {
-    std::string digits;
-    for (int i = 0; i < count; ++i) {
-        digits += static_cast<char>(Between('0', '9'));
-    }
+    std::string digits(static_cast<std::size_t>(count), 0);
+    for (char& digit : digits) digit = static_cast<char>(Between('0', '9'));
     return digits;
 }
 
@@ -295,19 +287,13 @@ void CheckRead(const std::string& what, double got, double wanted) {
 
 void ReadNumber() {
     const std::string text = TextOfANumber();
-    unsigned char string[256];
-    string[0] = static_cast<unsigned char>(text.size());
-    std::memcpy(string + 1, text.data(), text.size());
     double got;
-    XFp::Str2Num(string, &got);
+    XFp::Str2Num(Pascal(text).data(), &got);
     char* end;
     double wanted = std::strtod(text.c_str(), &end);
-    if (end == text.c_str()) {
-        wanted = 0;  // where there is no number, one of the references keeps its sign
-    }
-    if (text[0] == 'I' || text[0] == 'N') {
-        wanted = text[0] == 'I' ? HUGE_VAL : XFp::Nan(0);
-    }
+    if (end == text.c_str()) wanted = 0;  // where one of the references keeps the sign
+    if (text[0] == 'I') wanted = HUGE_VAL;
+    if (text[0] == 'N') wanted = XFp::Nan(0);
     CheckRead("Str2Num \"" + text + '"', got, wanted);
 
     XNDecimal record = {static_cast<std::uint8_t>(Between(0, 1)),

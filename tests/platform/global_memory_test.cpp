@@ -64,11 +64,14 @@ TEST(GlobalMemory, RefusesNamesThatNameNothing) {
     ASSERT_EQ(GlobalFree(stale), nullptr);
     const HGLOBAL live = GlobalAlloc(GMEM_MOVEABLE, 16);
     ASSERT_NE(live, stale);
-    std::vector<void*> names = {nullptr, stale, &names, GlobalLock(live),
-                                reinterpret_cast<void*>(~0ul)};
+    const HGLOBAL gone = GlobalAlloc(GMEM_MOVEABLE, 16);
+    ASSERT_EQ(GlobalFree(gone), nullptr);
+    std::vector<void*> names = {nullptr, stale, gone, &names, GlobalLock(live)};
     for (std::uintptr_t bit = 1; bit != 0; bit <<= 1) {
         names.push_back(reinterpret_cast<void*>(bit));
+        names.push_back(reinterpret_cast<void*>(~bit));
         names.push_back(reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(live) ^ bit));
+        names.push_back(reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(gone) + bit));
     }
     for (void* name : names) {
         SetLastError(0);

@@ -53,6 +53,13 @@ TEST_F(Paths, LeadWhereTheDriveIsMounted) {
         {"D:\\" + std::string(5000, 'n'), "206"},
     };
     for (const auto& [path, kernel] : cases) EXPECT_EQ(Translated(path), kernel);
+    for (std::size_t length = sizeof(KernelPath) - 32; length <= sizeof(KernelPath); ++length) {
+        const std::string name(length, 'n');
+        KernelPath out;
+        const bool fits = TranslatePath(("C:\\" + name).c_str(), out) == 0;
+        ASSERT_EQ(fits, length + 2 <= sizeof out.text) << length;
+        ASSERT_TRUE(!fits || out.text == "/" + name);
+    }
     EXPECT_EQ(XHostMountDrive('1', "/"), 0);
     EXPECT_EQ(XHostMountDrive('C', "/mnt"), 1);
     EXPECT_EQ(Translated("\\a"), "/mnt/a");

@@ -33,7 +33,7 @@ TEST(PointerTests, TellWhatCanBeWrittenWithoutWriting) {
     EXPECT_NE(IsBadWritePtr(nullptr, 120), 0);
     EXPECT_NE(IsBadWritePtr(reinterpret_cast<void*>(1), 120), 0);
     EXPECT_NE(IsBadWritePtr(reinterpret_cast<void*>(~std::uintptr_t{0}), 1), 0);
-    EXPECT_NE(IsBadWritePtr(pages, ~SIZE_T{0}), 0) << "the range wraps round";
+    EXPECT_NE(IsBadWritePtr(&pages, ~SIZE_T{0}), 0) << "the range wraps round";
     EXPECT_EQ(IsBadWritePtr(nullptr, 0), 0);
 
     EXPECT_NE(IsBadCodePtr(nullptr), 0);

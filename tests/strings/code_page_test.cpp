@@ -54,7 +54,7 @@ TEST_F(CodePage, CharactersOfEachPageGoBothWays) {
                  {1257, "\xE0\xA5", u"\u0105\uF8FD"},
                  {1258, "\x61\xEC\xD0", u"a\u0301\u0110"},
                  {874, "\xA1\xFF", u"\u0E01\uF8C8"},
-                 {932, "ab\x82\xA0\xB1\x81\x5F", u"ab\u3042\uFF71\uFF3C"},
+                 {932, "ab\x82\xA0\xB1\x81\x5F\xFC\x4B", u"ab\u3042\uFF71\uFF3C\u9ED1"},
                  {936, "\xD6\xD0\x80", u"\u4E2D\u20AC"},
                  {949, "\xB0\xA1\x81\x41", u"\uAC00\uAC02"},
                  {950, "\xA4\xA4\xA3\xE1", u"\u4E2D\u20AC"},

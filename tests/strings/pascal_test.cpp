@@ -106,6 +106,8 @@ TEST(Pascal, ConvertsToAndFromTerminatedText) {
     char text[12] = "wwwwwwwwwww";
     EXPECT_EQ(PStr2CStr(ten, text, 4), text);
     EXPECT_EQ(std::string(text, 6), std::string("0123\0w", 6));
+    PStr2CStr(ten, text, 40);
+    EXPECT_STREQ(text, "0123456789");
     PStr2CStr(ten, text, 0);
     EXPECT_EQ(std::string(text, 2), std::string("\0001", 2));
     EXPECT_EQ(_PtoCstr(ten, text), text);
@@ -114,9 +116,9 @@ TEST(Pascal, ConvertsToAndFromTerminatedText) {
     std::string longText(300, 'q');
     EXPECT_EQ(CStr2PStr(longText.c_str(), to, 255), to.bytes);
     EXPECT_EQ(to.Text(), std::string(255, 'q'));
-    EXPECT_EQ(to.bytes[256], 0x77);
     EXPECT_EQ(_CtoPstr(longText.data(), to), to.Chars());
     EXPECT_EQ(to.Text(), std::string(44, 'q'));
+    EXPECT_EQ(to.bytes[256], 0x77);
     XCStringToPStr(XCString(longText.c_str()), to, 256);
     EXPECT_EQ(to.Text(), std::string(255, 'q'));
     XCStringToPStr(XCString("x"), to, 1);

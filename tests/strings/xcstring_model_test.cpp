@@ -33,7 +33,7 @@ bool IsSpace(char c) {
 struct Buffer {
     std::string text;
     int capacity;
-    int count = 1;
+    bool locked = false;
     const char* address = nullptr;  // not known until the real string is looked at
 };
 
@@ -42,28 +42,22 @@ class Model {
   public:
     Model() = default;
     Model(const Model& from) {
-        if (from.on && from.on->count >= 0) {
-            on = from.on;
-            ++on->count;
-        } else {
+        if (from.Locked()) {
             Assign(Terminated(from.Text()));
+        } else {
+            on = from.on;
         }
     }
-    ~Model() { Release(); }
 
     std::string Text() const { return on ? on->text : std::string(); }
     int Length() const { return static_cast<int>(Text().size()); }
-    bool Locked() const { return on && on->count < 0; }
+    bool Locked() const { return on && on->locked; }
+    int Count() const { return !on || on->locked ? -1 : static_cast<int>(on.use_count()); }
     bool Fits(int length) const {
-        return on ? on->count <= 1 && length <= on->capacity : length == 0;
-    }
-    void Release() {
-        if (on && --on->count <= 0) delete on;
-        on = nullptr;
+        return on ? on.use_count() == 1 && length <= on->capacity : length == 0;
     }
     void Replace(std::string text, int capacity) {
-        Release();
-        if (capacity > 0) on = new Buffer{std::move(text), capacity};
+        on = capacity > 0 ? std::make_shared<Buffer>(Buffer{std::move(text), capacity}) : nullptr;
     }
     void Assign(std::string text) {
         const int length = static_cast<int>(text.size());
@@ -75,9 +69,7 @@ class Model {
         if (!from.on || from.Locked() || Locked()) {
             Assign(from.Text());
         } else {
-            Release();
             on = from.on;
-            ++on->count;
         }
         return *this;
     }
@@ -89,7 +81,7 @@ class Model {
         on->text = all;
     }
     void Own() {
-        if (on && on->count > 1) Replace(Text(), Length());
+        if (on && on.use_count() > 1) Replace(Text(), Length());
     }
     void Reserve(int capacity) {
         if (!Fits(capacity)) Replace(Text(), std::max(capacity, Length()));
@@ -101,7 +93,7 @@ class Model {
         if (on) on->text = text;
     }
 
-    Buffer* on = nullptr;
+    std::shared_ptr<Buffer> on;
 };
 
 class Driver {
@@ -124,13 +116,13 @@ class Driver {
     void Check() {
         for (std::size_t i = 0; i < kStrings; ++i) {
             const OpenString& s = strings_[i];
-            Buffer* on = models_[i].on;
+            const auto& on = models_[i].on;
             const std::string text = models_[i].Text();
             const char* address = s;
             ASSERT_EQ(s.GetLength(), models_[i].Length());
             ASSERT_EQ(std::memcmp(address, text.c_str(), text.size() + 1), 0);
             ASSERT_EQ(s.GetAllocLength(), on ? on->capacity : 0);
-            ASSERT_EQ(s.GetData()->refCount, on ? on->count : -1);
+            ASSERT_EQ(s.GetData()->refCount, models_[i].Count());
             if (on && !on->address) on->address = address;
             ASSERT_EQ(address, on ? on->address : static_cast<const char*>(XGetEmptyString()));
         }
@@ -171,7 +163,7 @@ class Driver {
         if (m.Locked()) {
             m.on->text.clear();
         } else {
-            m.Release();
+            m.on = nullptr;
         }
     }
 
@@ -242,7 +234,7 @@ class Driver {
         };
         const auto lock = [&] {
             m.Reserve(0);
-            if (m.on) m.on->count = -1;
+            if (m.on) m.on->locked = true;
         };
         // clang-format off
         switch (Below(11)) {
@@ -256,7 +248,7 @@ class Driver {
             case 7: return Try([&] { write(s.GetBufferSetLength(size)); }, [&] { m.Reserve(size); m.Edit(w); });
             case 8: return Try([&] { s.FreeExtra(); }, shrink);
             case 9: return Try([&] { s.LockBuffer(); }, lock);
-            default: if (m.on && m.on->count <= 1) Try([&] { s.UnlockBuffer(); }, [&] { m.on->count = 1; });
+            default: if (m.on.use_count() == 1) Try([&] { s.UnlockBuffer(); }, [&] { m.on->locked = false; });
         }
         // clang-format on
     }

@@ -40,7 +40,7 @@ inline char* FixedTakeAtHead(const HeapPool* pool) {
 }
 
 /// The rarer ends of a free: the page was full, or is empty now.
-void AfterFixedFree(HeapPage* page, bool wasFull);
+[[gnu::noinline]] void AfterFixedFree(HeapPage* page, bool wasFull);
 
 inline void FixedFreeInPage(HeapPage* page, char* block) {
     char* chain = page->freeChain;

@@ -1,6 +1,7 @@
 // Allocation and freeing as most calls need them, inline: a small request that the page which
 // served last can serve at once, and a block that stands among others, in a pool without a lock.
-// Whatever takes more they leave undone, for the caller to ask the function of full length.
+// Whatever takes more they leave undone, for the caller to ask the function of full length. Rare
+// ends are left to functions that are called last of all, so that no register need be saved.
 #pragma once
 
 #include "heap/block_life.h"
@@ -18,24 +19,25 @@ struct Grant {
     std::uint32_t usable;
 };
 
+inline bool IsSerialised(const HeapPool* pool) {
+    return (pool->flags & PoolSerialised) != 0;
+}
+
 inline bool IsPlainPool(const HeapPool* pool) {
-    return IsPoolSignature(pool) && (pool->flags & PoolSerialised) == 0;
+    return IsPoolSignature(pool) && !IsSerialised(pool);
 }
 
 /// PoolAlloc with no flags. Null, and nothing done, where that takes more than a few steps.
-[[gnu::always_inline]] inline Grant AllocQuickly(HeapPool* pool, std::uint32_t size) {
+[[gnu::always_inline]] inline Grant AllocQuickly(const HeapPool* pool, std::uint32_t size) {
     Grant grant{.block = nullptr, .usable = 0};
     if (!IsPlainPool(pool) || size == 0 || size > pool->largeThreshold) {
         return grant;
     }
     if (size <= pool->fixedSize) {
-        char* block = FixedTakeAtHead(pool);
-        grant = {.block = block != nullptr ? block : FixedTakeFromRing(pool),
-                 .usable = pool->fixedSize};
-    } else if (const auto [block, taken] =
-                   TakeNearRover(pool, kKindVariable, BlockSizeFor(size), 0);
-               block != nullptr) {
-        grant = {.block = DataOf(block), .usable = taken - kHeaderSize};
+        grant = {.block = FixedTakeAtHead(pool), .usable = pool->fixedSize};
+    } else if (const Taken taken = TakeNearRover(pool, kKindVariable, BlockSizeFor(size), 0);
+               taken.block != nullptr) {
+        grant = {.block = DataOf(taken.block), .usable = taken.size - kHeaderSize};
     }
     if (grant.block != nullptr) {
         BlockBorn(grant.block, 0);
@@ -43,42 +45,64 @@ inline bool IsPlainPool(const HeapPool* pool) {
     return grant;
 }
 
-/// PoolFree. False, and nothing done, where that takes more than a few steps.
-[[gnu::always_inline]] inline bool FreeQuickly(char* block) {
-    HeapPage* page = LivePage(block);
-    if (page == nullptr || (page->pool->flags & PoolSerialised) != 0) {
+/// The same of a small block that the page which served last has not.
+inline Grant AllocSmallFromRing(HeapPool* pool, std::uint32_t size) {
+    Grant grant{.block = nullptr, .usable = 0};
+    if (IsPlainPool(pool) && size != 0 && size <= pool->fixedSize) {
+        grant = {.block = FixedTakeFromRing(pool), .usable = pool->fixedSize};
+    }
+    if (grant.block != nullptr) {
+        BlockBorn(grant.block, 0);
+    }
+    return grant;
+}
+
+/// PoolFree. Calls `succeeds` before it begins. False, and nothing done, where it takes more than a
+/// few steps.
+template <class Succeeds>
+[[gnu::always_inline]] inline bool FreeQuickly(char* block, const Succeeds& succeeds) {
+    if (!IsInReach(block)) {
         return false;
     }
-    if (KindOf(page) == kKindFixed) {
+    HeapPage* page = PageBase(block);
+    const unsigned signature = page->signature;
+    if (signature == (kPageSignature | kKindFixed) && !IsSerialised(page->pool)) {
+        succeeds();
         BlockDies(block);
         FixedFreeInPage(page, block);
         return true;
     }
     const unsigned header = HeaderOf(HeaderOfData(block));
-    if (KindOf(page) != kKindVariable || !IsPlainBlock(block, header)) {
+    if (signature != (kPageSignature | kKindVariable) || IsSerialised(page->pool) ||
+        !IsPlainBlock(block, header)) {
         return false;
     }
+    succeeds();
     BlockDies(block);
     FreeInPage(page, HeaderOfData(block), header);
     return true;
 }
 
+/// A slot, or null, and the link that the caller tells the index about at the end, or null.
+struct SlotGrant {
+    HandleSlot* slot;
+    const PageLink* raised;
+};
+
 /// RelocAlloc of a moveable block. Null, and nothing done, where that takes more than a few steps.
-[[gnu::always_inline]] inline HandleSlot* RelocAllocQuickly(HeapPool* pool, std::uint32_t size) {
-    if (!IsPlainPool(pool) || size == 0 || size > pool->largeThreshold ||
-        size + kTrailerSize > pool->largeThreshold) {
-        return nullptr;
+[[gnu::always_inline]] inline SlotGrant RelocAllocQuickly(HeapPool* pool, std::uint32_t size) {
+    if (!IsPlainPool(pool) || size == 0 || size > pool->largeThreshold - kTrailerSize) {
+        return {};
     }
-    pool->compactPool = CompactMoveablePages;
-    pool->compactPage = SlidePage;
+    // A pool that has one has had a relocatable block before, and so its hooks of compaction.
     HandleSlot* slot = pool->freeSlots;
     if (slot == nullptr) {
-        return nullptr;
+        return {};
     }
-    const auto [block, taken] =
+    const auto [block, taken, raised] =
         TakeNearRover(pool, kKindRelocatable, BlockSizeFor(size + kTrailerSize), AllocRelocatable);
     if (block == nullptr) {
-        return nullptr;
+        return {};
     }
     BlockBorn(DataOf(block), AllocRelocatable);
     SetBits(block, kBlockRelocatable);
@@ -86,23 +110,29 @@ inline bool IsPlainPool(const HeapPool* pool) {
     pool->freeSlots = reinterpret_cast<HandleSlot*>(slot->block);
     slot->block = DataOf(block);
     slot->lockCount = 0;
-    return slot;
+    return {.slot = slot, .raised = raised};
 }
 
-/// RelocFree. False, and nothing done, where that takes more than a few steps.
-[[gnu::always_inline]] inline bool RelocFreeQuickly(HandleSlot* slot) {
-    if (!platform::OnlyThread()) {
+/// RelocFree of a block in a moveable page, as FreeQuickly.
+template <class Succeeds>
+[[gnu::always_inline]] inline bool RelocFreeQuickly(HandleSlot* slot, const Succeeds& succeeds) {
+    if (!platform::OnlyThread() || !IsSlot(slot)) {
         return false;
     }
-    HeapPage* page = PageOfHandle(slot);
-    if (page == nullptr || KindOf(page) == kKindLarge || slot->lockCount != 0 ||
-        (page->pool->flags & PoolSerialised) != 0) {
+    char* data = slot->block;
+    if (!IsInReach(data)) {
         return false;
     }
-    char* block = HeaderOfData(slot->block);
+    HeapPage* page = PageBase(data);
+    const unsigned header = HeaderOf(HeaderOfData(data));
+    if (page->signature != (kPageSignature | kKindRelocatable) || !IsOwned(header) ||
+        slot->lockCount != 0 || IsSerialised(page->pool)) {
+        return false;
+    }
+    succeeds();
     SlotChainPush(page->pool, slot);
-    BlockDies(DataOf(block));
-    FreeInPage(page, block, HeaderOf(block));
+    BlockDies(data);
+    FreeInPage(page, HeaderOfData(data), header);
     return true;
 }
 

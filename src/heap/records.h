@@ -193,19 +193,18 @@ inline bool IsLivePool(const HeapPool* pool) {
            pool->signature == kPoolSignature;
 }
 
-/// The live page that `block`, any address at all, can be data of; null if there is none.
-[[gnu::always_inline]] inline HeapPage* LivePage(const void* block) {
+/// Whether `block`, any address at all, stands where block data of a page may begin.
+[[gnu::always_inline]] inline bool IsInReach(const void* block) {
     const auto address = reinterpret_cast<std::uintptr_t>(block);
     AddressZone* zone = ZoneOf(address);
-    if (zone == nullptr) {
-        return nullptr;
-    }
-    const std::uint32_t reach = ReachIn(*zone, address).load(std::memory_order_relaxed);
-    if (OffsetInUnit(block) - kPageHeader >= reach) {
-        return nullptr;
-    }
-    HeapPage* page = PageBase(block);
-    return IsPageSignature(page->signature) ? page : nullptr;
+    return zone != nullptr && OffsetInUnit(block) - kPageHeader <
+                                  ReachIn(*zone, address).load(std::memory_order_relaxed);
+}
+
+/// The live page that `block`, any address at all, can be data of; null if there is none.
+[[gnu::always_inline]] inline HeapPage* LivePage(const void* block) {
+    return IsInReach(block) && IsPageSignature(PageBase(block)->signature) ? PageBase(block)
+                                                                           : nullptr;
 }
 
 }  // namespace veldt::heap

@@ -69,8 +69,7 @@ inline bool IsSlot(const HandleSlot* slot) {
     if (KindOf(page) == kKindLarge) {
         return page->ownerSlot != nullptr ? page : nullptr;
     }
-    constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
-    return (HeaderOf(HeaderOfData(block)) & kOwned) == kOwned ? page : nullptr;
+    return IsOwned(HeaderOf(HeaderOfData(block))) ? page : nullptr;
 }
 
 /// Whether blocks of the page may be moved while they are not pinned.

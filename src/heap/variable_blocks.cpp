@@ -131,7 +131,10 @@ char* VariablePageAlloc(HeapPage* page, std::uint16_t need, std::uint32_t flags)
     if (found == nullptr) {
         return nullptr;
     }
-    const auto [block, size] = TakeFound(page, found, HeaderOf(found), need, flags);
+    const auto [block, size, raised] = TakeFound(page, found, HeaderOf(found), need, flags);
+    if (raised != nullptr) {
+        RingIndexNote(raised);
+    }
     BlockBorn(DataOf(block), flags);
     if ((flags & AllocZero) != 0) {
         std::memset(DataOf(block), 0, size - kHeaderSize);

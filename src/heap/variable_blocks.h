@@ -97,6 +97,12 @@ inline char* DataOf(char* block) {
     return block + kHeaderSize;
 }
 
+/// Whether `header` can be that of a block in use that a handle owns.
+inline bool IsOwned(unsigned header) {
+    constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
+    return (header & kOwned) == kOwned;
+}
+
 /// Whether `data`, an address in a page of these blocks with `header` before it, can be that of a
 /// block in use that no handle owns.
 inline bool IsPlainBlock(const char* data, unsigned header) {
@@ -126,14 +132,15 @@ inline void UnlinkFree(char* block) {
     Unlink(RingNext(block), RingPrev(block));
 }
 
-/// Right behind the sentinel, always.
-inline void InsertFree(const HeapPage* page, char* block) {
+/// Right behind the sentinel, always. True if no other free block is in the ring.
+inline bool InsertFree(const HeapPage* page, char* block) {
     char* sentinel = page->sentinel;
     char* next = RingNext(sentinel);
     SetRingPrev(block, sentinel);
     SetRingNext(block, next);
     SetRingPrev(next, block);
     SetRingNext(sentinel, block);
+    return next == sentinel;
 }
 
 /// True of a block whose ring holds nothing else but the sentinel, and of the sentinel itself when

@@ -18,50 +18,56 @@ inline void MakeFree(char* block, unsigned size) {
 struct Taken {
     char* block;
     unsigned size;
+    /// Of the page, if its hint has risen by that, or null. The caller tells the index, at the end.
+    const PageLink* raised;
 };
 
-/// Cuts `need` bytes off a free block with this header by the page's rules, and leaves the rover
-/// where the next search starts.
-[[gnu::always_inline]] inline Taken CutFree(HeapPage* page, char* block, unsigned header,
-                                            std::uint16_t need, std::uint32_t flags) {
-    const unsigned size = header & kFreeSizeMask;
-    const unsigned rest = size - need;
-    char* next = RingNext(block);
-    if (rest < page->splitThreshold) {
-        page->rover = next;
-        Unlink(next, RingPrev(block));
-        SetHeader(block, header | kBlockInUse);
-        SetBits(block + size, kPreviousInUse);
-        return {.block = block, .size = size};
-    }
-    if ((flags & (AllocRelocatable | AllocLowEnd)) != 0) {
-        char* remainder = block + need;
-        Unlink(next, RingPrev(block));
-        SetHeader(block, need | kBlockInUse | (header & kPreviousInUse));
-        MakeFree(remainder, rest);
-        InsertFree(page, remainder);
-        page->rover = remainder;
-        return {.block = block, .size = need};
-    }
-    page->rover = next;
-    MakeFree(block, rest);
-    char* taken = block + rest;
-    SetHeader(taken, need | kBlockInUse);
-    SetBits(taken + need, kPreviousInUse);
-    return {.block = taken, .size = need};
+/// After the page has come to have one free block or none.
+inline const PageLink* NothingToSlide(const HeapPage* page) {
+    PageLink* link = page->link;
+    const std::uint16_t hint = FreeSize(RingNext(page->sentinel));
+    // Compaction may have kept the hint low, so that this raises it.
+    const bool raised = hint > link->freeHint;
+    link->freeHint = hint;
+    link->linkFlags |= kNothingToSlide;
+    return raised ? link : nullptr;
 }
 
-/// Uses the block that a search has found, which has this header.
+/// Uses the free block that a search has found, which has this header: cuts `need` bytes off it by
+/// the page's rules, and leaves the rover where the next search starts.
 [[gnu::always_inline]] inline Taken TakeFound(HeapPage* page, char* found, unsigned header,
                                               std::uint16_t need, std::uint32_t flags) {
-    const Taken taken = CutFree(page, found, header, need, flags);
-    if ((flags & AllocRelocatable) != 0 && AtMostOneFree(page->rover)) {
-        // Compaction may have kept the hint low, so that this raises it.
-        SetFreeHint(page->link, FreeSize(RingNext(page->sentinel)));
-        page->link->linkFlags |= kNothingToSlide;
+    unsigned size = need;
+    const unsigned rest = (header & kFreeSizeMask) - need;
+    char* next = RingNext(found);
+    bool atMostOneFree = false;
+    if (rest < page->splitThreshold) {
+        size += rest;
+        page->rover = next;
+        Unlink(next, RingPrev(found));
+        SetHeader(found, header | kBlockInUse);
+        SetBits(found + size, kPreviousInUse);
+        atMostOneFree = (flags & AllocRelocatable) != 0 && AtMostOneFree(next);
+    } else if ((flags & (AllocRelocatable | AllocLowEnd)) != 0) {
+        char* remainder = found + need;
+        Unlink(next, RingPrev(found));
+        SetHeader(found, need | kBlockInUse | (header & kPreviousInUse));
+        MakeFree(remainder, rest);
+        atMostOneFree = InsertFree(page, remainder);
+        page->rover = remainder;
+    } else {
+        page->rover = next;
+        MakeFree(found, rest);
+        found += rest;
+        SetHeader(found, need | kBlockInUse);
+        SetBits(found + need, kPreviousInUse);
     }
     ++page->blockCount;
-    return taken;
+    const PageLink* raised = nullptr;
+    if ((flags & AllocRelocatable) != 0 && atMostOneFree) {
+        raised = NothingToSlide(page);
+    }
+    return {.block = found, .size = size, .raised = raised};
 }
 
 /// What most calls need: the first or second block that the search of the page which served last
@@ -71,7 +77,7 @@ struct Taken {
                                                   std::uint16_t need, std::uint32_t flags) {
     const PageLink* link = pool->pageLists[kind];
     if (link == nullptr || need > link->freeHint) {
-        return {.block = nullptr, .size = 0};
+        return {};
     }
     HeapPage* page = link->page;
     char* found = page->rover;
@@ -80,14 +86,14 @@ struct Taken {
         found = RingNext(found);
         header = HeaderOf(found);
         if (header < need) {
-            return {.block = nullptr, .size = 0};
+            return {};
         }
     }
     return TakeFound(page, found, header, need, flags);
 }
 
 /// The rarer ends of a free that has made a free block of `size` bytes.
-void AfterFree(HeapPage* page, unsigned size, bool slidable);
+[[gnu::noinline]] void AfterFree(HeapPage* page, unsigned size, bool slidable);
 
 /// Frees a block in use whose header is `header`.
 [[gnu::always_inline]] inline void FreeInPage(HeapPage* page, char* block, unsigned header) {

@@ -144,6 +144,11 @@ constexpr std::int16_t kClear = 64;
     MemDisposeHandle(h);
 }
 
+[[gnu::noinline]] char** NotedHandle(HandleSlot* slot, const PageLink* raised) {
+    RingIndexNote(raised);
+    return &slot->block;
+}
+
 }  // namespace
 
 char** _XNewHandle(std::int32_t size) {
@@ -151,14 +156,14 @@ char** _XNewHandle(std::int32_t size) {
     if (wanted > kLargestSize || kStress) {
         return NewHandle(wanted, 0);
     }
-    HandleSlot* slot = RelocAllocQuickly(InstancePool, wanted + kExcessSize);
+    const auto [slot, raised] = RelocAllocQuickly(InstancePool, wanted + kExcessSize);
     if (slot == nullptr) {
         return NewHandle(wanted, 0);
     }
     slot->size = wanted;
     BlockHolds(slot->block, wanted);
     SetMemError(0);
-    return &slot->block;
+    return raised == nullptr ? &slot->block : NotedHandle(slot, raised);
 }
 
 char** _XNewHandleClear(std::int32_t size) {
@@ -166,9 +171,7 @@ char** _XNewHandleClear(std::int32_t size) {
 }
 
 void XDisposeHandle(char** h) {
-    if (RelocFreeQuickly(SlotOfHandle(h))) {
-        SetMemError(0);
-    } else {
+    if (!RelocFreeQuickly(SlotOfHandle(h), [] { SetMemError(0); })) {
         DisposeHandle(h);
     }
 }

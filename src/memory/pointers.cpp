@@ -74,6 +74,18 @@ constexpr std::int16_t kClear = 64;
     MemDisposePtr(p);
 }
 
+[[gnu::always_inline]] inline char* Hold(const Grant& grant, std::uint32_t size) {
+    WriteExcess(grant.block, grant.usable, size);
+    BlockHolds(grant.block, size);
+    SetMemError(0);
+    return grant.block;
+}
+
+[[gnu::noinline]] char* NewPtrFromRing(std::uint32_t size) {
+    const Grant grant = AllocSmallFromRing(InstancePool, size + kExcessSize);
+    return grant.block != nullptr ? Hold(grant, size) : NewPtr(size, 0);
+}
+
 }  // namespace
 
 char* _XNewPtr(std::int32_t size) {
@@ -81,14 +93,8 @@ char* _XNewPtr(std::int32_t size) {
     if (wanted > kLargestSize || kStress) {
         return NewPtr(wanted, 0);
     }
-    const auto [block, physical] = AllocQuickly(InstancePool, wanted + kExcessSize);
-    if (block == nullptr) {
-        return NewPtr(wanted, 0);
-    }
-    WriteExcess(block, physical, wanted);
-    BlockHolds(block, wanted);
-    SetMemError(0);
-    return block;
+    const Grant grant = AllocQuickly(InstancePool, wanted + kExcessSize);
+    return grant.block != nullptr ? Hold(grant, wanted) : NewPtrFromRing(wanted);
 }
 
 char* _XNewPtrClear(std::int32_t size) {
@@ -96,9 +102,7 @@ char* _XNewPtrClear(std::int32_t size) {
 }
 
 void XDisposePtr(char* p) {
-    if (FreeQuickly(p)) {
-        SetMemError(0);
-    } else {
+    if (!FreeQuickly(p, [] { SetMemError(0); })) {
         DisposePtr(p);
     }
 }

@@ -210,7 +210,7 @@ class TwoHeaps {
             case 4:
                 return FreePointer();
             default:
-                if (!RelocFreeQuickly(mine)) RelocFree(mine);
+                if (!RelocFreeQuickly(mine, [] {})) RelocFree(mine);
                 RelocFree(theirs);
                 blocks_[at] = blocks_.back();
                 blocks_.pop_back();
@@ -241,8 +241,9 @@ class TwoHeaps {
         if (kind == 0) return NewPointer(random_.Below(3) == 0 ? size % kSmall + 1 : size);
         const std::uint32_t flags = kind != 1 ? AllocRelocatable : 0U;
         const std::uint32_t request = size + kTrailerSize;
-        HandleSlot* mine = flags != 0 ? RelocAllocQuickly(indexed_, size) : nullptr;
+        auto [mine, raised] = flags != 0 ? RelocAllocQuickly(indexed_, size) : SlotGrant{};
         if (mine == nullptr) mine = RelocAlloc(indexed_, flags, size);
+        if (raised != nullptr) RingIndexNote(raised);
         HandleSlot* theirs = SlotChainPop(walked_);
         theirs->block = WalkAlloc(walked_, flags, request);
         theirs->lockCount = flags == 0 ? 1 : 0;
@@ -253,6 +254,11 @@ class TwoHeaps {
 
     void NewPointer(std::uint32_t size) {
         auto [mine, usable] = AllocQuickly(indexed_, size);
+        if (mine == nullptr && random_.Below(2) == 0) {
+            const Grant fromRing = AllocSmallFromRing(indexed_, size);
+            mine = fromRing.block;
+            usable = fromRing.usable;
+        }
         if (mine == nullptr) {
             mine = PoolAlloc(indexed_, size, 0);
             usable = UsableSize(mine);
@@ -266,7 +272,7 @@ class TwoHeaps {
         if (pointers_.empty()) return;
         const std::size_t at = random_.Below(static_cast<std::uint32_t>(pointers_.size()));
         const auto [mine, theirs] = pointers_[at];
-        if (!FreeQuickly(mine)) PoolFree(mine);
+        if (!FreeQuickly(mine, [] {})) PoolFree(mine);
         PageBase(theirs)->freeBlock(theirs);
         pointers_[at] = pointers_.back();
         pointers_.pop_back();

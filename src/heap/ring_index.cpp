@@ -274,10 +274,11 @@ Offer RingBound(const PageLink* link) {
 namespace {
 
 /// Whether what the node says of an entry holds for what the entry itself offers. Of a page whose
-/// hint has fallen to 0 the index may not have heard.
+/// hint has fallen to 0 the index may not have heard; of one of fixed blocks it hears that alone.
 bool Knows(const RingNode& node, unsigned place, const Item& actual) {
     const bool hinted = ItemAt(node, place).hinted;
-    return Covers(node.Bound(place), actual.bound) &&
+    const bool hasBound = !node.isLeaf || KindOf(actual.entry.page) != kKindFixed;
+    return (!hasBound || Covers(node.Bound(place), actual.bound)) &&
            (hinted == actual.hinted || (node.isLeaf && hinted));
 }
 

@@ -1,5 +1,7 @@
 #include "heap/ring_index.h"
 
+#include <algorithm>
+
 #include "heap/locks.h"
 
 namespace veldt::heap {
@@ -47,19 +49,51 @@ void Put(RingNode& node, unsigned place, const Item& item) {
     Settle(node, place);
 }
 
+constexpr std::uint64_t PlacesBefore(unsigned place) {
+    return (std::uint64_t{1} << place) - 1;
+}
+
+void SettleFrom(RingNode& node, unsigned first) {
+    for (unsigned i = first; i < node.count; ++i) {
+        Settle(node, i);
+    }
+}
+
 /// Opens a place in a node that is not full.
 void PutAt(RingNode& node, unsigned place, const Item& item) {
-    for (unsigned i = node.count; i > place; --i) {
-        Put(node, i, ItemAt(node, i - 1));
-    }
-    Put(node, place, item);
+    const auto openIn = [&node, place](auto* array) {
+        std::copy_backward(array + place, array + node.count, array + node.count + 1);
+    };
+    openIn(node.entries);
+    openIn(node.hints);
+    openIn(node.unpinnedHints);
+    const std::uint64_t before = PlacesBefore(place);
+    node.hinted = (node.hinted & before) | (node.hinted & ~before) << 1;
+    node.unslid = (node.unslid & before) | (node.unslid & ~before) << 1;
     ++node.count;
+    Put(node, place, item);
+    SettleFrom(node, place + 1);
+}
+
+/// Closes a place.
+void TakeFrom(RingNode& node, unsigned place) {
+    const auto closeIn = [&node, place](auto* array) {
+        std::copy(array + place + 1, array + node.count, array + place);
+    };
+    closeIn(node.entries);
+    closeIn(node.hints);
+    closeIn(node.unpinnedHints);
+    const std::uint64_t before = PlacesBefore(place);
+    node.hinted = (node.hinted & before) | (node.hinted >> 1 & ~before);
+    node.unslid = (node.unslid & before) | (node.unslid >> 1 & ~before);
+    --node.count;
+    SettleFrom(node, place);
 }
 
 /// Forgets the entries from `first` on.
 void Truncate(RingNode& node, unsigned first) {
     node.count = static_cast<std::uint8_t>(first);
-    node.hinted &= (std::uint64_t{1} << first) - 1;
+    node.hinted &= PlacesBefore(first);
 }
 
 /// Moves the entries from `first` on to the end of another node.
@@ -184,10 +218,7 @@ void Tidy(RingNode* node) {
 }
 
 void RemoveAt(RingNode* node, unsigned place) {
-    for (unsigned i = place + 1; i < node->count; ++i) {
-        Put(*node, i - 1, ItemAt(*node, i));
-    }
-    Truncate(*node, node->count - 1U);
+    TakeFrom(*node, place);
     if (node->count == 0) {
         RemoveAt(node->parent, node->place);
         GiveRingNode(node);

@@ -4,6 +4,7 @@
 #include <bit>
 #include <charconv>
 #include <limits>
+#include <span>
 #include <string_view>
 
 namespace veldt::numerics {
@@ -35,9 +36,9 @@ int Compare(const DecimalNumber& number, double x) {
     }
     buffer[1] = buffer[0];
     const std::string_view exact(buffer + 1, kMostDigits);
-    const std::string_view digits(number.digits.data(), number.count);
-    if (const int order = digits.compare(exact.substr(0, digits.size())); order != 0) {
-        return order;
+    const auto digits = std::span(number.digits).first(number.count);
+    if (const auto [ours, theirs] = std::ranges::mismatch(digits, exact); ours != digits.end()) {
+        return *ours - *theirs;
     }
     return exact.find_first_not_of('0', digits.size()) == std::string_view::npos ? 0 : -1;
 }

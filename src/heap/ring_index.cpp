@@ -125,18 +125,49 @@ void RaiseFrom(RingNode* node, unsigned place, const Offer& offer) {
     }
 }
 
-void InsertAt(RingNode* node, unsigned place, const Item& item);
+/// The nodes around which a change may have broken the invariants. They are looked at one by one
+/// when all else is done, so that none that is still to be looked at can have been given away.
+class Untidy {
+  public:
+    void Add(RingNode* node) {
+        Forget(node);
+        node->nextUntidy = first_;
+        first_ = node;
+    }
+    void Forget(const RingNode* node) {
+        RingNode** at = &first_;
+        while (*at != nullptr && *at != node) {
+            at = &(*at)->nextUntidy;
+        }
+        if (*at != nullptr) {
+            *at = node->nextUntidy;
+        }
+    }
+    /// Null if there is none.
+    RingNode* Take() {
+        RingNode* node = first_;
+        if (node != nullptr) {
+            first_ = node->nextUntidy;
+        }
+        return node;
+    }
+
+  private:
+    RingNode* first_ = nullptr;
+};
+
+void InsertAt(RingNode* node, unsigned place, const Item& item, Untidy& untidy);
 
 /// Makes room in a full node by a new one behind it. A node that grows at its end, as a ring does
 /// while nothing else happens, stays full.
-RingNode* Split(RingNode& node, unsigned place) {
+RingNode* Split(RingNode& node, unsigned place, Untidy& untidy) {
     if (node.parent == nullptr) {
         PutAt(*TakeRingNode(false), 0, ItemOf(&node));
     }
     RingNode* behind = TakeRingNode(node.isLeaf);
     MoveTail(*behind, node, place == kPlaces ? kPlaces : kPlaces / 2);
     TellAbove(node);
-    InsertAt(node.parent, node.place + 1U, ItemOf(behind));
+    InsertAt(node.parent, node.place + 1U, ItemOf(behind), untidy);
     return behind;
 }
 
@@ -156,9 +187,7 @@ void PutAndRaise(RingNode* node, unsigned place, const Item& item) {
     }
 }
 
-void Tidy(RingNode* node);
-
-void InsertAt(RingNode* node, unsigned place, const Item& item) {
+void InsertAt(RingNode* node, unsigned place, const Item& item, Untidy& untidy) {
     if (node->count < kPlaces) {
         PutAndRaise(node, place, item);
         return;
@@ -168,42 +197,61 @@ void InsertAt(RingNode* node, unsigned place, const Item& item) {
         PutAndRaise(next, 0, item);
         return;
     }
-    RingNode* behind = Split(*node, place);
+    RingNode* behind = Split(*node, place, untidy);
     if (place <= node->count && node->count < kPlaces) {
         PutAndRaise(node, place, item);
     } else {
         PutAndRaise(behind, place - node->count, item);
     }
-    Tidy(behind);
+    untidy.Add(behind);
 }
 
-void RemoveAt(RingNode* node, unsigned place);
+void RemoveAt(RingNode* node, unsigned place, Untidy& untidy) {
+    TakeFrom(*node, place);
+    if (node->count == 0) {
+        RemoveAt(node->parent, node->place, untidy);
+        untidy.Forget(node);
+        GiveRingNode(node);
+        return;
+    }
+    TellAbove(*node);
+    untidy.Add(node);
+}
 
-/// Moves what is in `right`, the next neighbour of `left`, to it.
-void Merge(RingNode& left, RingNode& right) {
+/// Moves what is in `right`, the next neighbour of `left`, to it. The entries at the seam have
+/// become neighbours.
+void Merge(RingNode& left, RingNode& right, Untidy& untidy) {
     const unsigned seam = left.count;
     MoveTail(left, right, 0);
     TellAbove(left);
     left.parent->SetBound(left.place, RingBound(left));
-    RemoveAt(right.parent, right.place);
+    RemoveAt(right.parent, right.place, untidy);
+    untidy.Forget(&right);
     GiveRingNode(&right);
+    untidy.Add(&left);
     if (!left.isLeaf) {
-        Tidy(left.entries[seam].node);
+        untidy.Add(left.entries[seam].node);
     }
 }
 
-/// Restores the invariants around a node that has lost an entry.
-void Tidy(RingNode* node) {
+/// Takes down a top that has one entry, which needs none.
+void Unroof(RingNode* top, Untidy& untidy) {
+    const RingNode::Entry only = top->entries[0];
+    if (top->isLeaf) {
+        NoteOf(only.page).ringPlace = 0;
+    } else {
+        only.node->parent = nullptr;
+        untidy.Add(only.node);
+    }
+    GiveRingNode(top);
+}
+
+/// Restores the invariants around a node.
+void Tidy(RingNode* node, Untidy& untidy) {
     RingNode* parent = node->parent;
     if (parent == nullptr) {
         if (node->count == 1) {
-            const RingNode::Entry only = node->entries[0];
-            if (node->isLeaf) {
-                NoteOf(only.page).ringPlace = 0;
-            } else {
-                only.node->parent = nullptr;
-            }
-            GiveRingNode(node);
+            Unroof(node, untidy);
         }
         return;
     }
@@ -211,21 +259,16 @@ void Tidy(RingNode* node) {
         return node->count + unsigned{other.count} <= kPlaces / 2;
     };
     if (RingNode* next = Next(*node); next != nullptr && fits(*next)) {
-        Merge(*node, *next);
+        Merge(*node, *next, untidy);
     } else if (node->place > 0 && fits(*parent->entries[node->place - 1U].node)) {
-        Merge(*parent->entries[node->place - 1U].node, *node);
+        Merge(*parent->entries[node->place - 1U].node, *node, untidy);
     }
 }
 
-void RemoveAt(RingNode* node, unsigned place) {
-    TakeFrom(*node, place);
-    if (node->count == 0) {
-        RemoveAt(node->parent, node->place);
-        GiveRingNode(node);
-        return;
+void TidyAll(Untidy& untidy) {
+    while (RingNode* node = untidy.Take()) {
+        Tidy(node, untidy);
     }
-    TellAbove(*node);
-    Tidy(node);
 }
 
 void Drop(RingNode* node) {
@@ -260,13 +303,17 @@ bool RingIndexInsert(PageLink* link, const PageLink* before) {
         PutAt(*TakeRingNode(true), 0, ItemOf(before));
     }
     const auto [node, place] = PlaceOf(before->page);
-    InsertAt(node, place + 1, ItemOf(link));
+    Untidy untidy;
+    InsertAt(node, place + 1, ItemOf(link), untidy);
+    TidyAll(untidy);
     return true;
 }
 
 void RingIndexRemove(const PageLink* link) {
     if (const auto [node, place] = PlaceOf(link->page); node != nullptr) {
-        RemoveAt(node, place);
+        Untidy untidy;
+        RemoveAt(node, place, untidy);
+        TidyAll(untidy);
     }
 }
 

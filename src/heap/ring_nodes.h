@@ -23,9 +23,10 @@ struct alignas(64) RingNode {
         RingNode* node;
     };
 
-    RingNode* parent;    ///< null at the top
-    std::uint8_t place;  ///< in the parent
-    std::uint8_t count;  ///< entries, which stand from place 0 on
+    RingNode* parent;      ///< null at the top
+    RingNode* nextUntidy;  ///< while a change of the index is on its way
+    std::uint8_t place;    ///< in the parent
+    std::uint8_t count;    ///< entries, which stand from place 0 on
     bool isLeaf;
     /// Bits of the pages whose hint isn't 0, as far as the index was told, and of the nodes with
     /// such a bit.

@@ -1,5 +1,6 @@
 #include "heap/address_map.h"
 
+#include "heap/block_life.h"
 #include "platform/platform.h"
 
 namespace veldt::heap {
@@ -22,6 +23,7 @@ AddressZone* NewZone() {
             return nullptr;
         }
         if (memory != nullptr) {
+            RegionBegan(static_cast<char*>(memory), size);
             std::memset(memory, 0, offsetof(AddressZone, notes));
         }
         return static_cast<AddressZone*>(memory);

@@ -1,5 +1,6 @@
 #include "heap/ring_nodes.h"
 
+#include "heap/block_life.h"
 #include "heap/locks.h"
 
 namespace veldt::heap {
@@ -30,6 +31,7 @@ bool RingNodesAtHand() {
     if (batch == nullptr) {
         return false;
     }
+    RegionBegan(reinterpret_cast<char*>(batch), kRegionUnit);
     for (std::uint32_t i = kBatch; i > 0; --i) {
         Push(batch + i - 1);
     }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace veldt::tests {
@@ -78,63 +79,34 @@ class ArrayRun {
     /// A random operation, which finds no memory if `refuse`. Then what can't be added changes
     /// nothing, and what is removed is gone all the same.
     void Step(std::mt19937& random, bool refuse = false) {
-        const int count = static_cast<int>(std::ssize(values_));
         const int index = static_cast<int>(random() % (values_.size() + 1));
-        const int some = static_cast<int>(random() % 6);
-        const int value = static_cast<int>(random());
-        const auto place = values_.begin() + index;
-        const auto end = place + std::min(some, count - index);
-        const auto fit = [&](int room) {
-            if (!refuse) capacity_ = room;
-            return room == capacity_;
-        };
-        const auto grow = [&](int needed) { return needed <= capacity_ || fit(RoomFor(needed)); };
-        bool fits = true;
-        int result = 1;
-        Values destroyed;
-        array.destroyed.clear();
+        const int some = static_cast<int>(random() % 6), value = static_cast<int>(random());
+        refuse_ = refuse;
         switch (random() % 8) {
             case 0:
             case 1:
-                result = index == 0       ? array.Prepend(&value)
-                         : index == count ? array.Append(&value)
-                                          : array.Insert(&value, index);
-                fits = grow(count + 1);
-                if (fits) values_.insert(place, value);
+                Insert(index, value);
                 break;
             case 2:
-                result = array.InsertBlockElements(index, some);
-                fits = grow(count + some);
-                if (fits) values_.insert(place, static_cast<std::size_t>(some), 0);
+                InsertZeros(index, some);
                 break;
             case 3:
-                result = array.SetCapacity(some * 4);
-                fits = fit(std::max(some * 4, capacity_));
+                ASSERT_EQ(array.SetCapacity(some * 4), Fit(std::max(some * 4, capacity_)));
                 break;
             case 4:
-                increment_ = some;
-                array.SetIncrementSize(some);
+                array.SetIncrementSize(increment_ = some);
                 array.Compact();
                 break;
             case 5:
-                if (place == end) return;
-                array.Replace(&value, index);
-                *place = value;
+                Replace(index, value);
                 break;
             case 6:
-                if (index == count) return;
-                array.Remove(index);
-                values_.erase(place);
-                fit(RoomFor(count - 1));
+                Remove(index);
                 break;
             default:
-                result = array.Delete(index, index + static_cast<int>(end - place) - 1);
-                destroyed.assign(std::reverse_iterator(end), std::reverse_iterator(place));
-                values_.erase(place, end);
-                fits = fit(RoomFor(static_cast<int>(std::ssize(values_))));
+                Delete(index, std::min(some, Count() - index));
         }
-        ASSERT_EQ(result, fits ? 1 : 0);
-        ASSERT_EQ(array.destroyed, destroyed);
+        ASSERT_TRUE(array.destroyed.empty());
         ASSERT_EQ(array.Contents(), values_);
         ASSERT_EQ(array.Look().capacity, capacity_);
     }
@@ -142,13 +114,53 @@ class ArrayRun {
     Ints array;
 
   private:
+    int Count() const { return static_cast<int>(values_.size()); }
+
+    int Fit(int room) {
+        if (!refuse_) capacity_ = room;
+        return room == capacity_ ? 1 : 0;
+    }
     int RoomFor(int count) const {
         if (count == 0) return std::max(initialSize_, 0);
         return increment_ == 0 ? count : (count + increment_ - 1) / increment_ * increment_;
     }
+    int Grow(int count) { return count <= capacity_ ? 1 : Fit(RoomFor(count)); }
+
+    void Insert(int index, int value) {
+        const int done = index == 0         ? array.Prepend(&value)
+                         : index == Count() ? array.Append(&value)
+                                            : array.Insert(&value, index);
+        ASSERT_EQ(done, Grow(Count() + 1));
+        if (done) values_.insert(values_.begin() + index, value);
+    }
+    void InsertZeros(int index, int count) {
+        const int done = array.InsertBlockElements(index, count);
+        ASSERT_EQ(done, Grow(Count() + count));
+        if (done) values_.insert(values_.begin() + index, static_cast<std::size_t>(count), 0);
+    }
+    void Replace(int index, int value) {
+        if (index == Count()) return;
+        array.Replace(&value, index);
+        values_[static_cast<std::size_t>(index)] = value;
+    }
+    void Remove(int index) {
+        if (index == Count()) return;
+        array.Remove(index);
+        values_.erase(values_.begin() + index);
+        Fit(RoomFor(Count()));
+    }
+    void Delete(int index, int count) {
+        const auto first = values_.begin() + index, end = first + count;
+        Values destroyed(first, end);
+        std::reverse(destroyed.begin(), destroyed.end());
+        values_.erase(first, end);
+        ASSERT_EQ(array.Delete(index, index + count - 1), Fit(RoomFor(Count())));
+        ASSERT_EQ(std::exchange(array.destroyed, {}), destroyed);
+    }
 
     int initialSize_, increment_;
     std::int32_t capacity_ = array.Look().capacity;
+    bool refuse_ = false;
     Values values_;
 };
 

@@ -173,6 +173,9 @@ TEST_F(File, WithoutAPathIsTemporary) {
     EXPECT_EQ(one.Exists() + two.Exists(), 2);
     EXPECT_EQ(one.Delete() + two.Delete(), 2);
     EXPECT_EQ(one.Exists() + two.Exists(), 0);
+    platform::SetLastError(42);
+    EXPECT_EQ(XFileSpec().Exists(), 0);
+    EXPECT_EQ(platform::GetLastError(), 42u) << "an empty path was looked for";
 }
 
 TEST_F(File, TakesItsPathApart) {
@@ -208,6 +211,30 @@ TEST_F(File, RefusedMemoryLeavesTheObjectAsItWas) {
     const RefusedNew refusal(1);
     EXPECT_THROW(temporary.Create(), std::bad_alloc);
     EXPECT_EQ(temporary.IsTemporary(), 0);
+}
+
+// Whichever request for memory is refused, the path and a result of before stay whole.
+TEST_F(File, RefusedMemoryLeavesAPathWhole) {
+    bool happened = true;
+    for (long nth = 1; happened; ++nth) {
+        XFileSpec spec(XCString("C:\\dir\\file.tar.gz"));
+        XCString name("before");
+        XCString path("before");
+        {
+            const RefusedNew refusal(nth);
+            try {
+                spec.GetName(name);
+                spec.GetPath(path, 1);
+                spec.GetExtension(name);
+                spec.Append("!");
+            } catch (const std::bad_alloc&) {
+            }
+            happened = refusal.Happened();
+        }
+        EXPECT_TRUE(name == "before" || name == "file.tar.gz" || name == "tar.gz");
+        EXPECT_TRUE(path == "before" || path == "/C:/dir/file.tar.gz");
+        EXPECT_EQ(std::string(spec.GetNativeFileSpec()).back(), happened ? 'z' : '!');
+    }
 }
 
 TEST_F(File, MapsThePlatformsErrors) {

@@ -21,7 +21,7 @@ bool MayMove(char* block) {
 /// first link in ring order that has, or null.
 PageLink* SlideUntil(PageLink* head, std::uint16_t need) {
     const auto worthALook = [need](const Offer& offer) {
-        return offer.hint >= need || offer.unslid != 0;
+        return offer.hint >= need || offer.unslid;
     };
     PageLink* link = RingFirstFrom(head, worthALook);
     while (link != nullptr) {

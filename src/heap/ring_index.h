@@ -2,12 +2,11 @@
 // without walking past those that have not. The answer is always the one that the plain walk along
 // `next` would give.
 //
-// The pages of each ring stand in ring order in the leaves of a tree, 64 to a node. A bit
-// for each page, and for each node below another, says whether there is a hint at all; that is all
-// that counts for pages of fixed blocks. Beside it stands an upper bound on what is offered. A
-// raise climbs until the bounds above it suffice already; a lowered offer is left to the next
-// search that is misled by it, which corrects the bounds on its way. A ring of one page has no
-// node.
+// The pages of each ring stand in ring order in the leaves of a tree, 64 to a node. A bit for each
+// page, and for each node below another, says whether there is a hint at all; that is all that
+// counts for pages of fixed blocks. Beside it stands an upper bound on what is offered. A raise
+// climbs until the bounds above it suffice already; a lowered offer is left to the next search that
+// is misled by it, which corrects the bounds on its way. A ring of one page has no node.
 //
 // Invariants: a node that is not at the top and its neighbour below the same parent have more than
 // kPlaces / 2 entries together, and the top has two at least.

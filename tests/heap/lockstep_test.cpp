@@ -37,9 +37,7 @@ PageLink* WalkFrom(PageLink* head, const Wanted& wanted) {
 /// Searches from `link` and from behind it for offers of every kind.
 void ExpectSameAsWalk(PageLink* link, std::uint32_t hint) {
     const auto largeEnough = [hint](const Offer& offer) { return offer.hint >= hint; };
-    const auto slidable = [hint](const Offer& offer) {
-        return offer.hint >= hint || offer.unslid != 0;
-    };
+    const auto slidable = [hint](const Offer& offer) { return offer.hint >= hint || offer.unslid; };
     const auto unpinned = [hint](const Offer& offer) { return offer.unpinnedHint > hint; };
     const auto check = [link](const auto& wanted) {
         EXPECT_EQ(RingFirstFrom(link, wanted), WalkFrom(link, wanted));

@@ -144,16 +144,17 @@ TEST_F(Interruptions, SharingHoldsInOneProcessWithoutLocks) {
     scripted.locks = {ENOLCK};
     ExpectFailure(other_, other_.Delete(), XFile::ErrorAccess);
     EXPECT_EQ(file_.Close(), 1);
-    scripted.locks = {ENOLCK, ENOLCK};
-    EXPECT_EQ(other_.Open(XFile::PermissionReadWrite), 1);
-    EXPECT_EQ(other_.Close(), 1);
-    const auto share = [&] {
+    const auto shareReading = [&] {
         scripted.locks = {ENOLCK};
         return platform::CreateFileA(scratch_.Path("a").c_str(), platform::GENERIC_READ,
                                      platform::FILE_SHARE_READ, nullptr, platform::OPEN_EXISTING, 0,
                                      nullptr);
     };
-    const platform::HANDLE one = share(), two = share();
+    scripted.locks = {ENOLCK, ENOLCK};
+    EXPECT_EQ(other_.Open(XFile::PermissionReadWrite), 1);
+    EXPECT_EQ(shareReading(), platform::INVALID_HANDLE_VALUE);
+    EXPECT_EQ(other_.Close(), 1);
+    const platform::HANDLE one = shareReading(), two = shareReading();
     EXPECT_EQ(platform::CloseHandle(one) + platform::CloseHandle(two), 2);
     // No exclusive lock without the right to write, but a shared one that keeps writers out.
     scripted.locks = {EBADF};

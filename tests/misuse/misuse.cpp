@@ -70,15 +70,30 @@ const char* InFixedHandle(std::int32_t size) {
     return Stale(h, before, size);
 }
 
-/// Blocks below this one are disposed, so that it slides down within its page.
-const char* InSlidHandle(std::int32_t size) {
-    char** below = Line(2000);
+struct Moved {
+    char** h;
+    const char* before;
+};
+
+/// A block below this one is disposed, so that it slides down within its page.
+Moved Slide(std::int32_t size, std::int32_t sizeBelow) {
+    char** below = Line(sizeBelow);
     char** h = Line(size);
     Line(size);
     const char* before = *h;
     XDisposeHandle(below);
     XMemCompactHeap();
-    return Stale(h, before, size);
+    return {h, before};
+}
+
+const char* InSlidHandle(std::int32_t size) {
+    const Moved line = Slide(size, 2000);
+    return Stale(line.h, line.before, size);
+}
+
+/// It ends where it was before, in part.
+const char* PastSlidHandle(std::int32_t size) {
+    return *Slide(size, size / 2).h + size;
 }
 
 /// Nearly all blocks of two pages are disposed, so that the page of the last one is emptied.
@@ -139,6 +154,7 @@ constexpr struct {
     {"resized_large_handle", InResizedHandle, 5000},
     {"fixed_handle", InFixedHandle, 100},
     {"slid_handle", InSlidHandle, 100},
+    {"past_slid_handle", PastSlidHandle, 100},
     {"evacuated_handle", InEvacuatedHandle, 1000},
 };
 

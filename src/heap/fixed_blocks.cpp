@@ -16,13 +16,10 @@ void SetMayHaveFree(HeapPage* page, std::uint16_t hint) {
 
 /// The first free block of the page, or null after noting that there is none.
 char* TakeFirst(HeapPage* page) {
-    char* block = page->freeChain;
+    char* block = FixedTakeFirst(page);
     if (block == nullptr) {
         SetMayHaveFree(page, 0);
-        return nullptr;
     }
-    page->freeChain = Load<char*>(block);
-    ++page->blockCount;
     return block;
 }
 

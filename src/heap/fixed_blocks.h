@@ -23,13 +23,8 @@ void FixedFree(char* block);
 /// The block that the walk of the ring from its head gives, or null.
 char* FixedTakeFromRing(HeapPool* pool);
 
-/// What most calls need: the first free block of the page that served last, or null.
-inline char* FixedTakeAtHead(const HeapPool* pool) {
-    const PageLink* link = pool->pageLists[kKindFixed];
-    if (link == nullptr) {
-        return nullptr;
-    }
-    HeapPage* page = link->page;
+/// The first free block of the page, or null.
+inline char* FixedTakeFirst(HeapPage* page) {
     char* block = page->freeChain;
     if (block == nullptr) {
         return nullptr;
@@ -37,6 +32,12 @@ inline char* FixedTakeAtHead(const HeapPool* pool) {
     page->freeChain = Load<char*>(block);
     ++page->blockCount;
     return block;
+}
+
+/// What most calls need: the first free block of the page that served last, or null.
+inline char* FixedTakeAtHead(const HeapPool* pool) {
+    const PageLink* link = pool->pageLists[kKindFixed];
+    return link != nullptr ? FixedTakeFirst(link->page) : nullptr;
 }
 
 /// The rarer ends of a free: the page was full, or is empty now.

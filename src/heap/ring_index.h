@@ -8,8 +8,9 @@
 // climbs until the bounds above it suffice already; a lowered offer is left to the next search that
 // is misled by it, which corrects the bounds on its way. A ring of one page has no node.
 //
-// Invariants: a node that is not at the top and its neighbour below the same parent have more than
-// kPlaces / 2 entries together, and the top has two at least.
+// Invariants: no node is empty, and the top has two entries at least. Nodes that have become sparse
+// are not merged: the bits spare a search the empty room in them, and it is there for the pages
+// that come.
 #pragma once
 
 #include <bit>
@@ -27,17 +28,6 @@ inline Offer OfferOf(const PageLink* link) {
             .unslid = (link->linkFlags & kNothingToSlide) == 0};
 }
 
-inline bool Covers(const Offer& bound, const Offer& offer) {
-    return bound.hint >= offer.hint && bound.unpinnedHint >= offer.unpinnedHint &&
-           bound.unslid >= offer.unslid;
-}
-
-inline Offer Widest(const Offer& a, const Offer& b) {
-    return {.hint = a.hint > b.hint ? a.hint : b.hint,
-            .unpinnedHint = a.unpinnedHint > b.unpinnedHint ? a.unpinnedHint : b.unpinnedHint,
-            .unslid = a.unslid || b.unslid};
-}
-
 /// Where an entry is in its index. The node is null for a page that is alone in its ring.
 struct RingPlace {
     RingNode* node;
@@ -50,15 +40,6 @@ inline RingPlace PlaceOf(const HeapPage* page) {
     return {.node = reinterpret_cast<RingNode*>(word & ~kPlaceMask),
             .place = static_cast<unsigned>(word & kPlaceMask)};
 }
-
-inline constexpr std::uint64_t kAllPlaces = ~std::uint64_t{0};
-
-constexpr std::uint64_t PlacesBehind(unsigned place) {
-    return ~std::uint64_t{1} << place;
-}
-
-/// What no entry of the node exceeds.
-Offer RingBound(const RingNode& node);
 
 /// Puts `link`, whose page is set, right behind `before` in the ring order; null: a new ring.
 /// False: out of memory.

@@ -1,4 +1,5 @@
-// The nodes of all ring indexes, from one store.
+// The nodes of the ring indexes, which all come from one store, and what one does with the entries
+// of a single node.
 #pragma once
 
 #include "heap/address_map.h"
@@ -14,6 +15,17 @@ struct Offer {
     bool unslid;                 ///< sliding may still gain something
 };
 
+inline bool Covers(const Offer& bound, const Offer& offer) {
+    return bound.hint >= offer.hint && bound.unpinnedHint >= offer.unpinnedHint &&
+           bound.unslid >= offer.unslid;
+}
+
+inline Offer Widest(const Offer& a, const Offer& b) {
+    return {.hint = a.hint > b.hint ? a.hint : b.hint,
+            .unpinnedHint = a.unpinnedHint > b.unpinnedHint ? a.unpinnedHint : b.unpinnedHint,
+            .unslid = a.unslid || b.unslid};
+}
+
 /// A run of neighbours in ring order: pages in a leaf, nodes above one.
 struct alignas(64) RingNode {
     static constexpr unsigned kPlaces = 64;
@@ -23,10 +35,9 @@ struct alignas(64) RingNode {
         RingNode* node;
     };
 
-    RingNode* parent;      ///< null at the top
-    RingNode* nextUntidy;  ///< while a change of the index is on its way
-    std::uint8_t place;    ///< in the parent
-    std::uint8_t count;    ///< entries, which stand from place 0 on
+    RingNode* parent;    ///< null at the top
+    std::uint8_t place;  ///< in the parent
+    std::uint8_t count;  ///< entries, which stand from place 0 on
     bool isLeaf;
     /// Bits of the pages whose hint isn't 0, as far as the index was told, and of the nodes with
     /// such a bit.
@@ -56,6 +67,32 @@ struct alignas(64) RingNode {
         return on ? mask | bit : mask & ~bit;
     }
 };
+
+inline constexpr std::uint64_t kAllPlaces = ~std::uint64_t{0};
+
+constexpr std::uint64_t PlacesBehind(unsigned place) {
+    return ~std::uint64_t{1} << place;
+}
+
+/// What no entry of the node exceeds.
+Offer RingBound(const RingNode& node);
+
+/// An entry of a node with what the node knows of it.
+struct RingItem {
+    RingNode::Entry entry;
+    Offer bound;
+    bool hinted;
+};
+
+RingItem RingItemOf(RingNode* below);
+RingItem RingItemAt(const RingNode& node, unsigned place);
+
+/// Opens a place in a node that is not full. Every entry that moves is told where it is now.
+void RingPutAt(RingNode& node, unsigned place, const RingItem& item);
+/// Closes a place.
+void RingTakeFrom(RingNode& node, unsigned place);
+/// Moves the entries from `first` on to the end of another node.
+void RingMoveTail(RingNode& to, RingNode& from, unsigned first);
 
 /// Sees to it that as many nodes can be taken as one page may need. The caller holds the registry
 /// lock, for as long as it takes nodes. False: out of memory.

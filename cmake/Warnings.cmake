@@ -1,5 +1,4 @@
-# The warnings that every target of this project is built with; each of them is an error, but under
-# the sanitizers, whose additions to the code make the compiler see what isn't there.
+# The warnings that every target of this project is built with; each of them is an error.
 option(VELDT20_WARNINGS_ARE_ERRORS "Stop at a warning" ON)
 add_library(veldt20_warnings INTERFACE)
 target_compile_options(veldt20_warnings INTERFACE

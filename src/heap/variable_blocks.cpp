@@ -35,13 +35,38 @@ char* SearchEnds(HeapPage* page, std::uint16_t need, std::uint32_t flags, std::u
     return nullptr;
 }
 
+/// Hops along a page's ring beside a search that goes forward from the rover: back from there, and
+/// both ways from the sentinel. Blocks that nobody has touched for long are then fetched four at a
+/// time, where each hop of the search alone would wait for the one before it.
+class Outriders {
+  public:
+    explicit Outriders(const HeapPage* page)
+        : behind_(page->rover), first_(page->sentinel), last_(page->sentinel) {}
+
+    void Hop() {
+        behind_ = RingPrev(behind_);
+        first_ = RingNext(first_);
+        last_ = RingPrev(last_);
+        __builtin_prefetch(behind_);
+        __builtin_prefetch(first_);
+        __builtin_prefetch(last_);
+    }
+
+  private:
+    const char* behind_;
+    const char* first_;
+    const char* last_;
+};
+
 /// The block that the search from the rover gives, or null with freeHint corrected.
 char* SearchPage(HeapPage* page, std::uint16_t need, std::uint32_t flags) {
     char* const start = page->rover;
     char* block = start;
+    Outriders outriders(page);
     std::uint16_t largest = 0;
     // A header's low bits can't decide this: need is a multiple of the granule.
     for (std::uint16_t word = HeaderOf(block); word < need; word = HeaderOf(block)) {
+        outriders.Hop();
         largest = std::max(largest, word);
         block = RingNext(block);
         if (block == start) {

@@ -104,6 +104,33 @@ verb_bench() {
         --narrow build/bench-i386/bench/veldt-bench --keep . "$@"
 }
 
+# profile [NAME...]: with no name, the rows that missed their bound, kept in docs/profiles.md.
+verb_profile() {
+    need valgrind
+    build bench veldt-bench
+    if [ $# -gt 0 ]; then
+        scripts/profile build/bench/bench/veldt-bench "$@"
+        return
+    fi
+    {
+        cat <<'END'
+# Profiles
+
+Written by `./do profile`, of the rows that the last full run of the [benchmarks](benchmarks.md)
+missed; `./do profile NAME...` prints those of other rows. [Where the time goes](speed.md) says what
+they show.
+
+Each cell gives what a round takes with VELDT20 and with what it is first compared with, on a
+simulated processor with 32 KB of first cache and 1 MB of second. The simulation knows no
+translation of addresses, which costs time beside all this. The last column reckons a cycle an
+instruction, 10 a miss of the first cache and 100 a miss of the second.
+
+END
+        scripts/profile build/bench/bench/veldt-bench
+    } >build/profiles.md
+    mv build/profiles.md docs/profiles.md
+}
+
 # fuzz [NAME [SECONDS]]: what breaks one is left in build/fuzz as crash-*, to be given to it again.
 verb_fuzz() {
     build fuzz
@@ -165,6 +192,8 @@ usage: ./do VERB
   record-abi     record what the ABI check compares with
   bench [NAME...] measure this library beside others, all of it or the rows with such a NAME;
                  a full run is kept in docs/benchmarks.md (--quick: once, and nothing is kept)
+  profile [NAME...]  where the time goes in the rows that missed their bound, kept in
+                 docs/profiles.md, or in the rows with such a NAME
   fuzz [NAME [SECONDS]]  look for inputs that break the heap, the numbers or the strings
   figures        draw the committed pictures of the heap anew
   docs           the reference of the exported interface, into build/docs

@@ -16,10 +16,12 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: veldt-bench [--quick] [--narrow PROGRAM] [--keep DIRECTORY] [NAME...]\n"
+    "       veldt-bench --list\n"
     "  --quick           once and briefly: shows that all works\n"
     "  --narrow PROGRAM  the rows on memory once more, by this build of it with 4-byte pointers\n"
     "  --keep DIRECTORY  write a full run to the documents of the checkout there\n"
     "  NAME...           the rows whose section or name holds one of these\n"
+    "  --list            print all rows: the numbers that a worker takes, section and name\n"
     "Ends with 1 if a bound was missed, with 2 if something couldn't be measured.\n";
 
 struct Options {
@@ -86,6 +88,16 @@ int RunSuite(const Options& options, const char* self) {
     return count.missed == 0 ? 0 : 1;
 }
 
+void List() {
+    const std::vector<Section> sections = AllSections();
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        for (std::size_t k = 0; k < sections[i].rows.size(); ++k) {
+            std::printf("%zu %zu %s: %s\n", i, k, sections[i].title.c_str(),
+                        sections[i].rows[k].name.c_str());
+        }
+    }
+}
+
 }  // namespace
 
 int Main(int count, char** arguments) {
@@ -93,6 +105,10 @@ int Main(int count, char** arguments) {
         return RunAsWorker({std::strtoul(arguments[2], nullptr, 10),
                             std::strtoul(arguments[3], nullptr, 10),
                             std::strtoul(arguments[4], nullptr, 10)});
+    }
+    if (count == 2 && std::strcmp(arguments[1], "--list") == 0) {
+        List();
+        return 0;
     }
     Options options;
     if (!Parse(count, arguments, options)) {

@@ -11,9 +11,10 @@ std::vector<Contestant> Allocators() {
 }
 
 std::vector<Section> AllSections() {
-    return {Pairs(),      LonePairs(),     LiveSets(),      Growing(),     Traces(),  Locking(),
-            Compaction(), Fragmentation(), Strings(),       Searching(),   Editing(), Bytes(),
-            FixedPoint(), NumbersToText(), TextToNumbers(), Collections(), Files()};
+    return {Pairs(),         LonePairs(),   LiveSets(),      Growing(),    Traces(),
+            Locking(),       Compaction(),  Fragmentation(), Units(),      Strings(),
+            Searching(),     Editing(),     Bytes(),         FixedPoint(), NumbersToText(),
+            TextToNumbers(), Collections(), Files()};
 }
 
 }  // namespace veldt::bench

@@ -51,6 +51,7 @@ Section LiveSets();
 Section Growing();
 Section Traces();
 Section Fragmentation();
+Section Units();
 Section Compaction();
 Section Locking();
 Section Strings();

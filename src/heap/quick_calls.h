@@ -45,12 +45,21 @@ inline bool IsPlainPool(const HeapPool* pool) {
     return grant;
 }
 
-/// The same of a small block that the page which served last has not.
-inline Grant AllocSmallFromRing(HeapPool* pool, std::uint32_t size) {
+/// The same where that takes a search: for a small block of the ring of pages, for another one of
+/// the page that served last.
+inline Grant AllocBySearch(HeapPool* pool, std::uint32_t size) {
     Grant grant{.block = nullptr, .usable = 0};
-    if (IsPlainPool(pool) && size != 0 && size <= pool->fixedSize) {
-        grant = {.block = FixedTakeFromRing(pool), .usable = pool->fixedSize};
+    if (!IsPlainPool(pool) || size == 0 || size > pool->largeThreshold) {
+        return grant;
     }
+    if (size > pool->fixedSize) {
+        grant.block = VariableTakeAtHead(pool, kKindVariable, BlockSizeFor(size), 0);
+        if (grant.block != nullptr) {
+            grant.usable = DataSize(HeaderOfData(grant.block));
+        }
+        return grant;
+    }
+    grant = {.block = FixedTakeFromRing(pool), .usable = pool->fixedSize};
     if (grant.block != nullptr) {
         BlockBorn(grant.block, 0);
     }

@@ -61,7 +61,7 @@ void CountPin(HeapPage* page, bool pinned) {
     }
     --link->linkFlags;
     if ((link->linkFlags & kPinnedMask) == 0 && KindOf(page) != kKindLarge) {
-        RingIndexNote(link);
+        RingIndexRaise(link);
     }
 }
 

@@ -92,16 +92,24 @@ inline HeapPage* RingHintedBehind(const HeapPage* page) {
     return entry.page;
 }
 
-/// To be called when an offer has grown. When it has shrunk, the call keeps a search from being
+/// Tells the index what a page offers now. When that has shrunk, the call keeps a search from being
 /// misled.
 void RingIndexNote(const PageLink* link);
+
+/// To be called when an offer may have grown. It is often back at what the index knows of.
+inline void RingIndexRaise(const PageLink* link) {
+    const auto [node, place] = PlaceOf(link->page);
+    if (node != nullptr && !node->Knows(place, OfferOf(link))) {
+        RingIndexNote(link);
+    }
+}
 
 /// Sets a hint, whichever way it goes.
 inline void SetFreeHint(PageLink* link, std::uint16_t hint) {
     const bool raised = hint > link->freeHint;
     link->freeHint = hint;
     if (raised) {
-        RingIndexNote(link);
+        RingIndexRaise(link);
     }
 }
 
@@ -109,7 +117,7 @@ inline void SetFreeHint(PageLink* link, std::uint16_t hint) {
 inline void ClearNothingToSlide(PageLink* link) {
     if ((link->linkFlags & kNothingToSlide) != 0) {
         link->linkFlags &= kPinnedMask;
-        RingIndexNote(link);
+        RingIndexRaise(link);
     }
 }
 

@@ -54,6 +54,10 @@ struct alignas(64) RingNode {
                 .unpinnedHint = unpinnedHints[at],
                 .unslid = (unslid >> at & 1) != 0};
     }
+    /// Whether a search will find `offer` at that place.
+    bool Knows(unsigned at, const Offer& offer) const {
+        return Covers(Bound(at), offer) && (offer.hint == 0 || (hinted >> at & 1) != 0);
+    }
     void SetBound(unsigned at, const Offer& bound) {
         hints[at] = bound.hint;
         unpinnedHints[at] = bound.unpinnedHint;

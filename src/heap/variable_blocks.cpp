@@ -97,12 +97,6 @@ char* SearchRing(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_
     return nullptr;
 }
 
-char* TryHead(const HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_t flags) {
-    const PageLink* head = pool->pageLists[kind];
-    return head != nullptr && need <= head->freeHint ? VariablePageAlloc(head->page, need, flags)
-                                                     : nullptr;
-}
-
 /// What VariableAlloc does when the page that served last has no room.
 char* AllocBeyondHead(HeapPool* pool, PageKind kind, std::uint16_t need, std::uint32_t flags) {
     char* data = SearchRing(pool, kind, need, flags);
@@ -114,7 +108,7 @@ char* AllocBeyondHead(HeapPool* pool, PageKind kind, std::uint16_t need, std::ui
                    PageAcquire(pool, kind, pool->pageSize, 0) == nullptr) {
             break;
         }
-        data = TryHead(pool, kind, need, flags);
+        data = VariableTakeAtHead(pool, kind, need, flags);
     }
     if (data != nullptr) {
         return data;
@@ -144,10 +138,17 @@ std::uint16_t VariablePageInit(HeapPage* page, std::uint32_t pageSize) {
     return size;
 }
 
+char* VariableTakeAtHead(const HeapPool* pool, PageKind kind, std::uint16_t need,
+                         std::uint32_t flags) {
+    const PageLink* head = pool->pageLists[kind];
+    return head != nullptr && need <= head->freeHint ? VariablePageAlloc(head->page, need, flags)
+                                                     : nullptr;
+}
+
 char* VariableAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
     const auto kind = static_cast<PageKind>(flags & AllocRelocatable);
     const std::uint16_t need = BlockSizeFor(size);
-    char* data = TryHead(pool, kind, need, flags);
+    char* data = VariableTakeAtHead(pool, kind, need, flags);
     return data != nullptr ? data : AllocBeyondHead(pool, kind, need, flags);
 }
 
@@ -158,7 +159,7 @@ char* VariablePageAlloc(HeapPage* page, std::uint16_t need, std::uint32_t flags)
     }
     const auto [block, size, raised] = TakeFound(page, found, HeaderOf(found), need, flags);
     if (raised != nullptr) {
-        RingIndexNote(raised);
+        RingIndexRaise(raised);
     }
     BlockBorn(DataOf(block), flags);
     if ((flags & AllocZero) != 0) {

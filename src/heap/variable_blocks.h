@@ -176,6 +176,9 @@ std::uint16_t VariablePageInit(HeapPage* page, std::uint32_t pageSize);
 char* VariableAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size);
 /// `need` is a block size. Null, with freeHint corrected, if no free block is large enough.
 char* VariablePageAlloc(HeapPage* page, std::uint16_t need, std::uint32_t flags);
+/// The same on the page that served last, if its hint allows it.
+char* VariableTakeAtHead(const HeapPool* pool, PageKind kind, std::uint16_t need,
+                         std::uint32_t flags);
 /// `data` is of a block in use whose relocatable bit is clear.
 void VariableFree(char* data);
 /// `block` is the header's address. 1 done, 0 impossible.

@@ -145,7 +145,7 @@ constexpr std::int16_t kClear = 64;
 }
 
 [[gnu::noinline]] char** NotedHandle(HandleSlot* slot, const PageLink* raised) {
-    RingIndexNote(raised);
+    RingIndexRaise(raised);
     return &slot->block;
 }
 

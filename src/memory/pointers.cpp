@@ -81,8 +81,8 @@ constexpr std::int16_t kClear = 64;
     return grant.block;
 }
 
-[[gnu::noinline]] char* NewPtrFromRing(std::uint32_t size) {
-    const Grant grant = AllocSmallFromRing(InstancePool, size + kExcessSize);
+[[gnu::noinline]] char* NewPtrBySearch(std::uint32_t size) {
+    const Grant grant = AllocBySearch(InstancePool, size + kExcessSize);
     return grant.block != nullptr ? Hold(grant, size) : NewPtr(size, 0);
 }
 
@@ -94,7 +94,7 @@ char* _XNewPtr(std::int32_t size) {
         return NewPtr(wanted, 0);
     }
     const Grant grant = AllocQuickly(InstancePool, wanted + kExcessSize);
-    return grant.block != nullptr ? Hold(grant, wanted) : NewPtrFromRing(wanted);
+    return grant.block != nullptr ? Hold(grant, wanted) : NewPtrBySearch(wanted);
 }
 
 char* _XNewPtrClear(std::int32_t size) {

@@ -254,7 +254,7 @@ class TwoHeaps {
     void NewPointer(std::uint32_t size) {
         auto [mine, usable] = AllocQuickly(indexed_, size);
         if (mine == nullptr && random_.Below(2) == 0) {
-            const Grant fromRing = AllocSmallFromRing(indexed_, size);
+            const Grant fromRing = AllocBySearch(indexed_, size);
             mine = fromRing.block;
             usable = fromRing.usable;
         }

@@ -52,7 +52,7 @@ const std::string kRecursion = "\n\rTessera error handler recursively re-entered
 const std::string kTableFull = "\n\rMemory errors in too many threads concurrently.\n\r";
 
 TEST_F(Dialogs, TextOfEachError) {
-    const std::pair<int, const char*> rows[] = {
+    const std::pair<int, std::string> rows[] = {
         {-1, "MEM_INTERNAL_ERROR"}, {0, "MEM_INTERNAL_ERROR"},       {1, "MEM_INTERNAL_ERROR"},
         {3, "MEM_BLOCK_TOO_BIG"},   {4, "MEM_ALLOC_ZERO"},           {5, "MEM_RESIZE_FAILED"},
         {6, "MEM_LOCK_ERROR"},      {7, "MEM_EXCEEDED_CEILING"},     {8, "MEM_TOO_MANY_PAGES"},
@@ -60,14 +60,7 @@ TEST_F(Dialogs, TextOfEachError) {
         {12, "MEM_BAD_FREE_BLOCK"}, {13, "MEM_BAD_HANDLE"},          {14, "MEM_BAD_POINTER"},
         {15, "MEM_INTERNAL_ERROR"}, {1 << 30, "MEM_INTERNAL_ERROR"},
     };
-    for (const auto& [error, text] : rows) {
-        shown.clear();
-        EXPECT_EQ(HeapErrorDispatch(nullptr, error), 0);
-        EXPECT_EQ(shown, (std::vector<Shown>{{text, kPlain}})) << error;
-    }
-    shown.clear();
-    HeapErrorDispatch(nullptr, 2);
-    EXPECT_EQ(shown, (std::vector<Shown>{{kOutOfMemory, kRetry}}));
+    for (const auto& [error, text] : rows) EXPECT_EQ(HeapErrorText(error), text);
 }
 
 TEST_F(Dialogs, Answers) {
@@ -75,24 +68,21 @@ TEST_F(Dialogs, Answers) {
         int error;
         std::vector<int> answers;
         int verdict;
-        std::vector<unsigned> styles;
+        std::vector<Shown> boxes;
     };
+    const std::string bad = HeapErrorText(MEM_BAD_MEM_POOL);
     const Row rows[] = {
-        {2, {4}, 1, {kRetry}},
-        {2, {5}, 0, {kRetry}},
-        {10, {1}, 0, {kPlain}},
-        {2, {0, 4}, 1, {kRetry, 0x1112}},
-        {2, {0, 0}, 0, {kRetry, 0x1112}},
-        {10, {0, 1}, 0, {kPlain, 0x1111}},
-        {10, {99, -1}, 0, {kPlain, 0x1111}},
+        {2, {4}, 1, {{kOutOfMemory, kRetry}}},
+        {2, {5}, 0, {{kOutOfMemory, kRetry}}},
+        {10, {1}, 0, {{bad, kPlain}}},
+        {2, {0, 4}, 1, {{kOutOfMemory, kRetry}, {kOutOfMemory, 0x1112}}},
+        {10, {99, -1}, 0, {{bad, kPlain}, {bad, 0x1111}}},
     };
     for (const Row& row : rows) {
         shown.clear();
         answers = row.answers;
         EXPECT_EQ(HeapErrorDispatch(nullptr, row.error), row.verdict);
-        std::vector<unsigned> styles;
-        for (const Shown& box : shown) styles.push_back(box.style);
-        EXPECT_EQ(styles, row.styles) << row.error;
+        EXPECT_EQ(shown, row.boxes) << row.error;
     }
     XHostSetMessageBox(nullptr);
     EXPECT_EQ(HeapErrorDispatch(nullptr, 2), 0) << "no box can be shown";

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -54,47 +55,56 @@ class TestPool {
     HeapPool* pool_;
 };
 
-/// The handler while it lives: answers with the verdicts given, then with 0.
+using Raised = std::vector<std::int32_t>;
+
+/// The handler while it lives: keeps the errors of each thread apart, and answers all with 0.
 class RaisedErrors {
   public:
-    explicit RaisedErrors(std::vector<std::int32_t> verdicts = {}) : verdicts_(verdicts) {
-        current = this;
-        previous_ = PoolSetErrorHandler(Handle);
+    RaisedErrors() : previous_(PoolSetErrorHandler(Handle)) {}
+    ~RaisedErrors() {
+        PoolSetErrorHandler(previous_);
+        Take();
     }
-    ~RaisedErrors() { PoolSetErrorHandler(previous_); }
     RaisedErrors(const RaisedErrors&) = delete;
     RaisedErrors& operator=(const RaisedErrors&) = delete;
 
-    /// Those since the last call.
-    std::vector<std::int32_t> Take() { return std::exchange(raised_, {}); }
-    const HeapPool* LastPool() const { return lastPool_; }
+    /// Those of this thread since its last call.
+    static Raised Take() { return std::exchange(OfThisThread(), {}); }
+    static const HeapPool* LastPool() { return lastPool; }
 
   private:
-    static inline RaisedErrors* current = nullptr;
+    static Raised& OfThisThread() {
+        thread_local Raised raised;
+        return raised;
+    }
+    static inline thread_local const HeapPool* lastPool = nullptr;
     static std::int32_t Handle(const HeapErrorRecord* record) {
-        RaisedErrors& self = *current;
-        self.raised_.push_back(record->error);
-        self.lastPool_ = record->pool;
-        const std::size_t at = self.answered_++;
-        return at < self.verdicts_.size() ? self.verdicts_[at] : 0;
+        OfThisThread().push_back(record->error);
+        lastPool = record->pool;
+        return 0;
     }
 
-    HeapErrorHandler previous_ = nullptr;
-    std::vector<std::int32_t> verdicts_;
-    std::vector<std::int32_t> raised_;
-    std::size_t answered_ = 0;
-    const HeapPool* lastPool_ = nullptr;
+    HeapErrorHandler previous_;
 };
 
-using Raised = std::vector<std::int32_t>;
+inline bool AllAre(const char* block, std::uint32_t from, std::uint32_t to, char byte) {
+    return std::all_of(block + from, block + to, [byte](char at) { return at == byte; });
+}
 
-inline std::uint32_t RingLength(const PageLink* head) {
-    std::uint32_t length = 0;
-    for (const PageLink* link = head; link != nullptr;
-         link = link->next == head ? nullptr : link->next) {
-        ++length;
-    }
-    return length;
+class Random {
+  public:
+    explicit Random(unsigned seed) : engine_(seed) {}
+    std::uint32_t Below(std::size_t bound) { return static_cast<std::uint32_t>(engine_() % bound); }
+
+  private:
+    std::mt19937 engine_;
+};
+
+inline std::vector<PageLink*> RingOf(PageLink* head) {
+    std::vector<PageLink*> ring;
+    if (head != nullptr) ring.push_back(head);
+    while (head != nullptr && ring.back()->next != head) ring.push_back(ring.back()->next);
+    return ring;
 }
 
 /// A moveable page whose end is laid out block by block, behind a locked block that is not shown:
@@ -104,19 +114,13 @@ class WrittenPage {
   public:
     WrittenPage(HeapPool* pool, const std::string& blocks)
         : page_(PageAcquire(pool, kKindRelocatable, pool->pageSize, 0)) {
-        pool->compactPool = CompactMoveablePages;
-        pool->compactPage = SlidePage;
         std::istringstream words(blocks.substr(blocks[0] == '~'));
         std::vector<std::pair<char, std::uint32_t>> wanted;
-        std::uint32_t shown = 0;
-        for (std::string word; words >> word; shown += wanted.back().second) {
+        std::uint32_t rest = LargestFreeBlock(page_);
+        for (std::string word; words >> word; rest -= wanted.back().second) {
             wanted.emplace_back(word[0], std::stoul(word.substr(1)) * kScale);
         }
-        if (const std::uint32_t rest = LargestFreeBlock(page_) - shown; blocks[0] != '~') {
-            HandleSlot* filler = New(pool, rest);
-            filler->size = kFiller;
-            RelocLock(filler);
-        }
+        if (blocks[0] != '~') wanted.emplace(wanted.begin(), kFiller, rest);
         std::vector<HandleSlot*> made;
         for (auto [state, size] : wanted) made.push_back(New(pool, size));
         for (std::size_t i = 0; i < made.size(); ++i) Settle(wanted[i].first, made[i]);
@@ -127,10 +131,6 @@ class WrittenPage {
     PageLink* Link() const { return page_->link; }
     /// Of the n-th block that was not written as free.
     HandleSlot* Slot(std::size_t n) const { return slots_[n]; }
-    void Free(std::size_t n) {
-        RelocFree(slots_[n]);
-        sizes_[n] = 0;
-    }
     /// The n-th block of those shown, as the page stands.
     char* Block(std::size_t n) const {
         char* block = FirstBlock(page_);
@@ -153,44 +153,42 @@ class WrittenPage {
 
     bool HoldsItsBytes() const {
         for (std::size_t i = 0; i < slots_.size(); ++i) {
-            const std::uint32_t size = sizes_[i] != 0 ? RelocSize(slots_[i]) : 0;
-            for (std::size_t at = 0; at < std::min(size, sizes_[i]); ++at) {
-                if (slots_[i]->block[at] != static_cast<char>(i + 1)) return false;
-            }
+            const HandleSlot* slot = slots_[i];
+            const std::uint32_t size = std::min(RelocSize(slots_[i]), slot->size);
+            if (!AllAre(slot->block, 0, size, static_cast<char>(i + 1))) return false;
         }
         return true;
     }
 
   private:
-    static constexpr std::uint32_t kFiller = 0xF111;
+    static constexpr char kFiller = 'F';
 
-    static bool IsFiller(char* block) { return InUse(block) && SlotOf(block)->size == kFiller; }
+    static bool IsFiller(char* block) { return InUse(block) && SlotOf(block)->size == 0; }
 
-    HandleSlot* New(HeapPool* pool, std::uint32_t total) {
-        HandleSlot* slot = SlotChainPop(pool);
-        slot->block = VariablePageAlloc(page_, static_cast<std::uint16_t>(total),
-                                        AllocRelocatable | AllocNoCompact);
-        slot->size = 0;
-        slot->lockCount = 0;
-        SetBits(HeaderOfData(slot->block), kBlockRelocatable);
-        SetSlot(HeaderOfData(slot->block), slot);
+    static HandleSlot* New(HeapPool* pool, std::uint32_t total) {
+        // The filler would be a large block else.
+        const auto threshold = std::exchange(pool->largeThreshold, pool->pageSize);
+        HandleSlot* slot = RelocAlloc(pool, AllocRelocatable, total - kHeaderSize - kTrailerSize);
+        pool->largeThreshold = threshold;
         return slot;
     }
 
+    /// Each block keeps in `size` how many bytes it was given, the filler none.
     void Settle(char state, HandleSlot* slot) {
+        if (state == 'l' || state == kFiller) RelocLock(slot);
         if (state == 'f') {
             RelocFree(slot);
-            return;
+        } else if (state == kFiller) {
+            slot->size = 0;
+        } else {
+            slots_.push_back(slot);
+            slot->size = RelocSize(slot);
+            std::memset(slot->block, static_cast<int>(slots_.size()), slot->size);
         }
-        slots_.push_back(slot);
-        sizes_.push_back(RelocSize(slot));
-        std::memset(slot->block, static_cast<int>(slots_.size()), sizes_.back());
-        if (state == 'l') RelocLock(slot);
     }
 
     HeapPage* page_;
     std::vector<HandleSlot*> slots_;
-    std::vector<std::uint32_t> sizes_;
 };
 
 }  // namespace veldt::tests

@@ -1,8 +1,5 @@
 // The ring index must find the link that the plain walk of the ring finds: on rings made up at
 // random, and in a whole heap that runs in step with one that walks.
-#include <algorithm>
-#include <random>
-
 #include "heap/locks.h"
 #include "heap/quick_calls.h"
 #include "heap/ring_index.h"
@@ -12,17 +9,6 @@
 namespace {
 
 using namespace veldt::tests;
-
-class Random {
-  public:
-    explicit Random(unsigned seed) : engine_(seed) {}
-    std::uint32_t Below(std::uint32_t bound) {
-        return static_cast<std::uint32_t>(engine_() % bound);
-    }
-
-  private:
-    std::mt19937 engine_;
-};
 
 template <class Wanted>
 PageLink* WalkFrom(PageLink* head, const Wanted& wanted) {
@@ -52,38 +38,35 @@ TEST(RingIndex, MadeUpRings) {
     Random random(Seed());
     for (int round = 0; round < 30; ++round) {
         HeapPool* pool = PoolCreate(0, 0, 0);
+        PageLink*& head = pool->pageLists[kKindVariable];
         // A deep index that grows in all places and is taken down again, or a shallow one.
         const bool deep = round % 6 == 0;
         const std::uint32_t most = 1 + random.Below(deep ? 1000 : 20);
         std::vector<PageLink*> links;
-        for (std::uint32_t i = 0; deep && i < most; ++i) {
-            links.push_back(PageAcquire(pool, kKindVariable, 4096, 0)->link);
-            if (random.Below(4) == 0) pool->pageLists[kKindVariable] = links[random.Below(i + 1)];
-        }
-        for (std::uint32_t step = 0; step < (deep ? 2000 : 400); ++step) {
-            const std::uint32_t action = random.Below(links.empty() ? 1 : deep ? 4 : 8);
-            if (action == 0 && links.size() + (deep ? step : 0) < most) {
+        for (std::uint32_t step = 0; step < (deep ? 3000 : 400); ++step) {
+            const bool growing = links.size() < most && (!deep || step < most);
+            const std::uint32_t action = growing && deep ? 0 : random.Below(deep ? 4 : 8);
+            if (links.empty() || (growing && action == 0)) {
                 links.push_back(PageAcquire(pool, kKindVariable, 4096, 0)->link);
+                if (random.Below(4) == 0) head = links[random.Below(links.size())];
                 continue;
             }
-            if (links.empty()) continue;
-            const std::size_t at = random.Below(static_cast<std::uint32_t>(links.size()));
-            PageLink* link = links[at];
-            switch (action) {
-                case 1:
-                    PageRelease(link->page, 0);
-                    links.erase(links.begin() + static_cast<std::ptrdiff_t>(at));
-                    continue;
-                case 2:
-                    pool->pageLists[kKindVariable] = link;
-                    break;
-                case 3:
-                    link->linkFlags = static_cast<std::uint16_t>(random.Below(2) * kNothingToSlide +
-                                                                 random.Below(3));
-                    RingIndexNote(link);
-                    break;
-                default:
-                    SetFreeHint(link, static_cast<std::uint16_t>(random.Below(20) * kGranule));
+            PageLink*& place = links[random.Below(links.size())];
+            PageLink* link = place;
+            if (action == 1) {
+                PageRelease(link->page, 0);
+                place = links.back();
+                links.pop_back();
+                continue;
+            }
+            if (action == 2) {
+                head = link;
+            } else if (action == 3) {
+                link->linkFlags =
+                    static_cast<std::uint16_t>(random.Below(2) * kNothingToSlide + random.Below(3));
+                RingIndexNote(link);
+            } else {
+                SetFreeHint(link, static_cast<std::uint16_t>(random.Below(20) * kGranule));
             }
             ExpectSameAsWalk(link, random.Below(21) * kGranule);
             const HeapFault fault = RingIndexFault(link);
@@ -98,8 +81,7 @@ TEST(RingIndex, MadeUpRings) {
 
 PageLink* WalkBest(PageLink* head, std::uint16_t need) {
     PageLink* best = head;
-    PageLink* link = head;
-    do {
+    for (PageLink* link : RingOf(head)) {
         if ((link->linkFlags & kNothingToSlide) == 0) {
             SetFreeHint(link, SlidePage(link->page, need, nullptr));
         }
@@ -108,8 +90,7 @@ PageLink* WalkBest(PageLink* head, std::uint16_t need) {
         if (pinned < bestPinned || (pinned == bestPinned && link->freeHint > best->freeHint))
             best = link;
         if (link->freeHint >= need) return link;
-        link = link->next;
-    } while (link != head);
+    }
     return best;
 }
 
@@ -136,14 +117,12 @@ char* WalkAlloc(HeapPool* pool, std::uint32_t flags, std::uint32_t size) {
     const auto kind = static_cast<PageKind>(flags & AllocRelocatable);
     const std::uint16_t need = BlockSizeFor(size);
     PageLink*& head = pool->pageLists[kind];
-    PageLink* link = head;
-    while (link != nullptr) {
-        char* block = need <= link->freeHint ? VariablePageAlloc(link->page, need, flags) : nullptr;
-        if (block != nullptr) {
+    for (PageLink* link : RingOf(head)) {
+        if (need > link->freeHint) continue;
+        if (char* block = VariablePageAlloc(link->page, need, flags)) {
             head = link;
             return block;
         }
-        link = link->next == head ? nullptr : link->next;
     }
     for (;;) {
         if (kind == kKindRelocatable && (flags & AllocNoCompact) == 0 &&
@@ -167,10 +146,8 @@ char* WalkFixed(HeapPool* pool) {
     HeapPage* page =
         link != nullptr ? link->page : PageAcquire(pool, kKindFixed, pool->pageSize, 0);
     head = page->link;
-    char* block = page->freeChain;
-    page->freeChain = Load<char*>(block);
     ++page->blockCount;
-    return block;
+    return std::exchange(page->freeChain, Load<char*>(page->freeChain));
 }
 
 /// A heap with the index and one without, given the same requests. The first takes the quick calls
@@ -188,49 +165,33 @@ class TwoHeaps {
     void Step() {
         const std::uint32_t action = random_.Below(blocks_.size() < 400 ? 16 : 8);
         if (action >= 6 || blocks_.empty()) return New();
-        const std::size_t at = random_.Below(static_cast<std::uint32_t>(blocks_.size()));
-        auto& [mine, theirs] = blocks_[at];
-        switch (action) {
-            case 0:
-                RelocLock(mine);
-                RelocLock(theirs);
-                return;
-            case 1:
-            case 2:
-                if (mine->lockCount == 0) return;
-                RelocUnlock(mine);
-                RelocUnlock(theirs);
-                return;
-            case 3:
-                if (random_.Below(50) != 0) return;
-                EXPECT_EQ(PoolCompact(indexed_), PoolCompact(walked_));
-                return;
-            case 4:
-                if (pointers_.size() < kPointers) return NewPointer(1 + random_.Below(300));
-                return FreePointer();
-            default:
-                if (!RelocFreeQuickly(mine, [] {})) RelocFree(mine);
-                RelocFree(theirs);
-                blocks_[at] = blocks_.back();
-                blocks_.pop_back();
+        auto& [mine, theirs] = blocks_[random_.Below(blocks_.size())];
+        if (action == 0) {
+            RelocLock(mine);
+            RelocLock(theirs);
+        } else if (action <= 2 && mine->lockCount != 0) {
+            RelocUnlock(mine);
+            RelocUnlock(theirs);
+        } else if (action == 3 && random_.Below(50) == 0) {
+            EXPECT_EQ(PoolCompact(indexed_), PoolCompact(walked_));
+        } else if (action == 4) {
+            pointers_.size() < kPointers ? NewPointer(1 + random_.Below(300)) : FreePointer();
+        } else if (action == 5) {
+            if (!RelocFreeQuickly(mine, [] {})) RelocFree(mine);
+            RelocFree(theirs);
+            std::tie(mine, theirs) = blocks_.back();
+            blocks_.pop_back();
         }
     }
 
     void ExpectSame() {
         ASSERT_TRUE(Intact(indexed_));
         ASSERT_TRUE(Intact(walked_));
-        ExpectSameRings(indexed_->pageLists[kKindRelocatable],
-                        walked_->pageLists[kKindRelocatable]);
-        ExpectSameRings(indexed_->pageLists[kKindVariable], walked_->pageLists[kKindVariable]);
-        ExpectSameRings(indexed_->pageLists[kKindFixed], walked_->pageLists[kKindFixed]);
-        for (const auto& [mine, theirs] : pointers_) {
-            EXPECT_EQ(OffsetInUnit(mine), OffsetInUnit(theirs));
-            EXPECT_EQ(ordinals_[PageBase(mine)], ordinals_[PageBase(theirs)]);
+        for (const PageKind kind : {kKindRelocatable, kKindVariable, kKindFixed}) {
+            ExpectSameRings(RingOf(indexed_->pageLists[kind]), RingOf(walked_->pageLists[kind]));
         }
-        for (const auto& [mine, theirs] : blocks_) {
-            EXPECT_EQ(OffsetInUnit(mine->block), OffsetInUnit(theirs->block));
-            EXPECT_EQ(ordinals_[PageBase(mine->block)], ordinals_[PageBase(theirs->block)]);
-        }
+        for (const auto& [mine, theirs] : pointers_) ExpectSamePlace(mine, theirs);
+        for (const auto& [mine, theirs] : blocks_) ExpectSamePlace(mine->block, theirs->block);
     }
 
   private:
@@ -268,27 +229,27 @@ class TwoHeaps {
     }
 
     void FreePointer() {
-        const std::size_t at = random_.Below(static_cast<std::uint32_t>(pointers_.size()));
-        const auto [mine, theirs] = pointers_[at];
+        auto& [mine, theirs] = pointers_[random_.Below(pointers_.size())];
         if (!FreeQuickly(mine, [] {})) PoolFree(mine);
         PageBase(theirs)->freeBlock(theirs);
-        pointers_[at] = pointers_.back();
+        std::tie(mine, theirs) = pointers_.back();
         pointers_.pop_back();
     }
 
-    void ExpectSameRings(PageLink* mine, PageLink* theirs) {
-        ASSERT_EQ(RingLength(mine), RingLength(theirs));
-        const std::uint32_t length = RingLength(mine);
-        for (std::uint32_t i = 0; i < length; ++i) {
-            ordinals_[mine->page] = i;
-            ordinals_[theirs->page] = i;
-            EXPECT_EQ(mine->freeHint, theirs->freeHint);
-            EXPECT_EQ(mine->linkFlags, theirs->linkFlags);
-            EXPECT_EQ(OffsetInUnit(mine->page->rover), OffsetInUnit(theirs->page->rover));
-            if (KindOf(mine->page) != kKindFixed) ExpectSameAsWalk(mine, random_.Below(4000));
-            mine = mine->next;
-            theirs = theirs->next;
+    void ExpectSameRings(const std::vector<PageLink*>& mine, const std::vector<PageLink*>& theirs) {
+        ASSERT_EQ(mine.size(), theirs.size());
+        for (std::size_t i = 0; i < mine.size(); ++i) {
+            ordinals_[mine[i]->page] = ordinals_[theirs[i]->page] = i;
+            EXPECT_EQ(mine[i]->freeHint, theirs[i]->freeHint);
+            EXPECT_EQ(mine[i]->linkFlags, theirs[i]->linkFlags);
+            ExpectSamePlace(mine[i]->page->rover, theirs[i]->page->rover);
+            if (KindOf(mine[i]->page) != kKindFixed) ExpectSameAsWalk(mine[i], random_.Below(4000));
         }
+    }
+
+    void ExpectSamePlace(char* mine, char* theirs) {
+        EXPECT_EQ(OffsetInUnit(mine), OffsetInUnit(theirs));
+        EXPECT_EQ(ordinals_[PageBase(mine)], ordinals_[PageBase(theirs)]);
     }
 
     static constexpr std::uint32_t kSmall = 160;
@@ -299,7 +260,7 @@ class TwoHeaps {
     TestPool walked_{kSmall};
     std::vector<std::pair<char*, char*>> pointers_;
     std::vector<std::pair<HandleSlot*, HandleSlot*>> blocks_;
-    std::map<const HeapPage*, std::uint32_t> ordinals_;
+    std::map<const HeapPage*, std::size_t> ordinals_;
 };
 
 TEST(RingIndex, WholeHeapInStepWithOneThatWalks) {

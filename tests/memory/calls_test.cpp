@@ -1,5 +1,4 @@
-// Pointer and handle calls: sizes at the limits of each kind of block, the result register, locks.
-#include <algorithm>
+// Pointer and handle calls: sizes at the limits of each kind of block, and the result register.
 #include <cstring>
 #include <string>
 
@@ -23,40 +22,25 @@ void ExpectFigure(std::uint32_t value, std::uint32_t with4BytePointers) {
     }
 }
 
-PageKind KindOfPage(char** h) {
-    return KindOf(PageBase(*h));
-}
-
-TEST_F(Calls, PointersTakeTheBlockOfTheirSize) {
+TEST_F(Calls, BlocksAreOfTheNextLargerSize) {
     EXPECT_EQ(memory::InstancePool->flags, 0x8000);
-    const struct {
+    struct Row {
         std::int32_t size;
-        std::uint32_t physical, excess;
-    } rows[] = {{0, 20, 20}, {18, 20, 2}, {19, 22, 3}, {4094, 4098, 4}, {4095, 8164, 4069}};
-    for (const auto& row : rows) {
+        std::uint32_t usable;  // with 4-byte pointers
+    };
+    for (const Row row : {Row{0, 20}, Row{18, 20}, Row{19, 22}, Row{4094, 4098}, Row{4095, 8164}}) {
         char* p = _XNewPtr(row.size);
-        ASSERT_NE(p, nullptr);
-        EXPECT_EQ(XGetPtrSize(p), row.size);
         EXPECT_EQ(XMemError(), 0);
-        const std::uint32_t physical = PoolBlockSize(p);
-        ExpectFigure(physical, row.physical);
-        ExpectFigure(Load<std::uint16_t>(p + physical - 2), row.excess);
+        EXPECT_EQ(XGetPtrSize(p), row.size);
+        const std::uint32_t usable = PoolBlockSize(p);
+        ExpectFigure(usable, row.usable);
+        EXPECT_EQ(usable - Load<std::uint16_t>(p + usable - 2), row.size);
         XDisposePtr(p);
     }
-}
-
-TEST_F(Calls, HandlesTakeTheBlockOfTheirSize) {
-    const struct {
-        std::int32_t size;
-        std::uint32_t usable;
-        PageKind kind;
-    } rows[] = {{0, 8, kKindRelocatable}, {4088, 4092, kKindRelocatable}, {4089, 8164, kKindLarge}};
-    for (const auto& row : rows) {
+    for (const Row row : {Row{0, 8}, Row{4088, 4092}, Row{4089, 8164}}) {
         char** h = _XNewHandle(row.size);
-        ASSERT_NE(h, nullptr);
         EXPECT_EQ(XGetHandleSize(h), row.size);
         ExpectFigure(RelocSize(reinterpret_cast<HandleSlot*>(h)), row.usable);
-        ExpectFigure(KindOfPage(h), row.kind);
     }
 }
 
@@ -77,38 +61,24 @@ TEST_F(Calls, NegativeSizesFindNoMemory) {
     }
 }
 
-TEST_F(Calls, ClearedBlocksAreZeroInMemoryThatWasUsed) {
+TEST_F(Calls, ClearedPointersAreZeroInMemoryThatWasUsed) {
     char* p = _XNewPtr(100);
-    char** h = _XNewHandle(100);
-    std::memset(p, 7, 100);
-    std::memset(*h, 7, 100);
+    std::memset(p, 'p', 100);
     XDisposePtr(p);
-    XDisposeHandle(h);
-    const std::string zeroes(100, '\0');
-    EXPECT_EQ(std::string(_XNewPtrClear(100), 100), zeroes);
-    EXPECT_EQ(BytesOf(_XNewHandleClear(100)), zeroes);
+    EXPECT_EQ(std::string(_XNewPtrClear(100), 100), std::string(100, '\0'));
 }
 
 TEST_F(Calls, PointersResizeInPlaceOrNotAtAll) {
-    char* fixed = _XNewPtr(5);
-    const auto most = static_cast<std::int32_t>(PoolBlockSize(fixed)) - 2;
-    ExpectFigure(static_cast<std::uint32_t>(most), 18);
-    _XSetPtrSize(fixed, most);
-    EXPECT_EQ(XMemError(), 0);
-    _XSetPtrSize(fixed, 4);
-    EXPECT_EQ(XGetPtrSize(fixed), 4);
-    _XSetPtrSize(fixed, most + 1);
-    EXPECT_EQ(XMemError(), kMemFull);
-    EXPECT_EQ(XGetPtrSize(fixed), 4);
-
-    // The second stands below the first, which is in its way.
-    _XNewPtr(100);
-    char* hemmed = _XNewPtr(100);
-    std::memset(hemmed, 'h', 100);
-    _XSetPtrSize(hemmed, 1000);
-    EXPECT_EQ(XMemError(), kMemFull);
-    EXPECT_EQ(XGetPtrSize(hemmed), 100);
-    EXPECT_EQ(std::string(hemmed, 100), std::string(100, 'h'));
+    char* below = _XNewPtr(5);
+    char* p = _XNewPtr(5);
+    const auto most = static_cast<std::int32_t>(PoolBlockSize(p)) - 2;
+    EXPECT_NE(p, below);
+    for (const auto& [asked, got] : {std::pair{most, most}, {4, 4}, {most + 1, 4}}) {
+        _XSetPtrSize(p, asked);
+        EXPECT_EQ(XMemError(), asked == got ? 0 : kMemFull);
+        EXPECT_EQ(XGetPtrSize(p), got);
+    }
+    EXPECT_EQ(XGetPtrSize(below), 5);
 }
 
 char noPage[200];
@@ -140,54 +110,6 @@ TEST_F(Calls, SomeLeaveTheRegisterAlone) {
     XHNoPurge(h);
     XHSetState(h, 0);
     EXPECT_EQ(XMemError(), kMemFull);
-}
-
-TEST_F(Calls, LocksAreCountedAndTakenOffTogether) {
-    char** h = _XNewHandle(5);
-    for (const int locks : {2, 300}) {
-        for (int i = 0; i < locks; ++i) XHLock(h);
-        EXPECT_EQ(XHGetState(h), std::min(locks, 127));
-        EXPECT_EQ(XMemError(), 0);
-        XHUnlock(h);
-        EXPECT_EQ(XHGetState(h), 0);
-    }
-    for (const char state : {'\1', '\3', '\1', '\0'}) {
-        XHSetState(h, state);
-        EXPECT_EQ(XHGetState(h), state);
-    }
-}
-
-TEST_F(Calls, ALockedHandleMovesOnlyToGrow) {
-    char** h = _XNewHandle(100);
-    _XNewHandle(100);
-    std::memset(*h, 'h', 100);
-    XHLock(h);
-    const char* before = *h;
-    XMoveHHi(h);
-    XMemCompactHeap();
-    EXPECT_EQ(XMemError(), 0);
-    EXPECT_EQ(*h, before);
-    EXPECT_EQ(KindOfPage(h), kKindRelocatable);
-    EXPECT_EQ(_XSetHandleSize(h, 3000), 1);
-    EXPECT_NE(*h, before);
-    EXPECT_EQ(XHGetState(h), 1);
-    EXPECT_EQ(BytesOf(h).substr(0, 100), std::string(100, 'h'));
-}
-
-TEST_F(Calls, MovedHighAHandleIsLockedUntilItIsUnlocked) {
-    char** h = NewHandle("moved high");
-    XMoveHHi(h);
-    EXPECT_EQ(KindOfPage(h), kKindVariable);
-    XHLock(h);
-    EXPECT_EQ(XHGetState(h), 1);
-    EXPECT_EQ(_XSetHandleSize(h, 5), 1);
-    XHUnlock(h);
-    EXPECT_EQ(XHGetState(h), 0);
-    EXPECT_EQ(KindOfPage(h), kKindRelocatable);
-    EXPECT_EQ(BytesOf(h), "moved");
-    XEmptyHandle(h);
-    EXPECT_EQ(XGetHandleSize(h), 0);
-    EXPECT_NE(*h, nullptr);
 }
 
 }  // namespace

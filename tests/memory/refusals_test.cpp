@@ -27,11 +27,9 @@ struct Call {
 const Call kCalls[] = {
     {"hand to hand", [](Scene& s) { return s.made = s.h, _XHandToHand(&s.made) == 1; }},
     {"pointer to hand", [](Scene& s) { return _XPtrToHand(s.source, &s.made, 70000) == 1; }},
-    {"small pointer to hand", [](Scene& s) { return _XPtrToHand("small", &s.made, 5) == 1; }},
     {"pointer to existing hand", [](Scene& s) { return _XPtrToXHand(s.source, s.h, 70000) == 1; }},
     {"hand and hand", [](Scene& s) { return _XHandAndHand(s.other, s.h) == 1; }},
     {"hand and itself", [](Scene& s) { return _XHandAndHand(s.h, s.h) == 1; }},
-    {"pointer and hand", [](Scene& s) { return _XPtrAndHand(s.source, s.h, 70000) == 1; }},
     {"overwrite", [](Scene& s) { return __XMunger(s.h, 9, nullptr, -1, s.source, 70000) > 0; }},
     {"insert", [](Scene& s) { return __XMunger(s.h, 9, nullptr, 0, s.source, 70000) > 0; }},
     {"replace by more", [](Scene& s) { return __XMunger(s.h, 0, "h", 1, s.source, 70000) > 0; }},

@@ -154,6 +154,8 @@ TEST(LargeBlocks, SizesThatNoAddressSpaceHolds) {
         }
     }
     EXPECT_EQ(pool->footprint, footprint);
+    EXPECT_EQ(PoolBlockSize(block), 12288 - kPageHeader);
+    EXPECT_EQ(RelocSize(slot), 12288 - kPageHeader);
     // One of these may fit into a wide address space; both would overrun the footprint's 32 bits.
     PoolResize(block, 0xC0000000, 0);
     EXPECT_EQ(RelocResize(slot, 0xC0000000, 0), nullptr);

@@ -112,4 +112,15 @@ TEST(Compaction, GivesBackEmptiedPages) {
     }
 }
 
+TEST(Compaction, HintKeptLowIsRaisedByTheNextAllocation) {
+    TestPool pool;
+    const WrittenPage page(pool, "u24 f40 l16");
+    const WrittenPage full(pool, "l16 l16");
+    SetFreeHint(page.Link(), 16 * kScale);
+    RingIndexNote(page.Link());
+    RelocAlloc(pool, AllocRelocatable, 16 * kScale - kHeaderSize - kTrailerSize);
+    EXPECT_EQ(page.Link()->freeHint, 24 * kScale);
+    EXPECT_TRUE(Intact(pool)) << "the index knows";
+}
+
 }  // namespace

@@ -2,8 +2,7 @@
 #include <cstring>
 #include <string>
 
-#include "heap/granule.h"
-#include "heap/relocatable_blocks.h"
+#include "heap/heap_fixture.h"
 #include "memory/handles.h"
 #include "memory/memory_calls.h"
 
@@ -11,16 +10,7 @@ namespace veldt::tests {
 
 namespace {
 
-using namespace heap;
-
 class Calls : public WithInstance {};
-
-/// A figure that holds with 4-byte pointers.
-void ExpectFigure(std::uint32_t value, std::uint32_t with4BytePointers) {
-    if (kPointer == 4) {
-        EXPECT_EQ(value, with4BytePointers);
-    }
-}
 
 TEST_F(Calls, BlocksAreOfTheNextLargerSize) {
     EXPECT_EQ(memory::InstancePool->flags, 0x8000);

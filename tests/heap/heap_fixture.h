@@ -107,20 +107,19 @@ inline std::vector<PageLink*> RingOf(PageLink* head) {
     return ring;
 }
 
-/// A moveable page whose end is laid out block by block, behind a locked block that is not shown:
-/// "f32 u24 l40" is a free block, an unlocked and a locked one. "~u24" stands at the page's start,
-/// and the rest is free.
+/// A moveable page that is laid out block by block, behind a locked block which is not shown:
+/// "f32 u24 l40" is a free block, an unlocked and a locked one.
 class WrittenPage {
   public:
     WrittenPage(HeapPool* pool, const std::string& blocks)
         : page_(PageAcquire(pool, kKindRelocatable, pool->pageSize, 0)) {
-        std::istringstream words(blocks.substr(blocks[0] == '~'));
+        std::istringstream words(blocks);
         std::vector<std::pair<char, std::uint32_t>> wanted;
         std::uint32_t rest = LargestFreeBlock(page_);
         for (std::string word; words >> word; rest -= wanted.back().second) {
             wanted.emplace_back(word[0], std::stoul(word.substr(1)) * kScale);
         }
-        if (blocks[0] != '~') wanted.emplace(wanted.begin(), kFiller, rest);
+        RelocLock(New(pool, rest));
         std::vector<HandleSlot*> made;
         for (auto [state, size] : wanted) made.push_back(New(pool, size));
         for (std::size_t i = 0; i < made.size(); ++i) Settle(wanted[i].first, made[i]);
@@ -133,8 +132,7 @@ class WrittenPage {
     HandleSlot* Slot(std::size_t n) const { return slots_[n]; }
     /// The n-th block of those shown, as the page stands.
     char* Block(std::size_t n) const {
-        char* block = FirstBlock(page_);
-        while (IsFiller(block)) block = BlockAfter(block);
+        char* block = BlockAfter(FirstBlock(page_));
         for (; n > 0; --n) block = BlockAfter(block);
         return block;
     }
@@ -148,43 +146,32 @@ class WrittenPage {
             text += !InUse(block) ? 'f' : locked ? 'l' : 'u';
             text += std::to_string(UsedSize(block) / kScale);
         }
-        return HoldsItsBytes() ? text : text + " damaged";
-    }
-
-    bool HoldsItsBytes() const {
         for (std::size_t i = 0; i < slots_.size(); ++i) {
-            const HandleSlot* slot = slots_[i];
-            const std::uint32_t size = std::min(RelocSize(slots_[i]), slot->size);
-            if (!AllAre(slot->block, 0, size, static_cast<char>(i + 1))) return false;
+            const std::uint32_t size = std::min(RelocSize(slots_[i]), slots_[i]->size);
+            if (!AllAre(slots_[i]->block, 0, size, static_cast<char>(i + 1))) text += " damaged";
         }
-        return true;
+        return text;
     }
 
   private:
-    static constexpr char kFiller = 'F';
-
-    static bool IsFiller(char* block) { return InUse(block) && SlotOf(block)->size == 0; }
-
     static HandleSlot* New(HeapPool* pool, std::uint32_t total) {
-        // The filler would be a large block else.
+        // The first block would be a large one else.
         const auto threshold = std::exchange(pool->largeThreshold, pool->pageSize);
         HandleSlot* slot = RelocAlloc(pool, AllocRelocatable, total - kHeaderSize - kTrailerSize);
         pool->largeThreshold = threshold;
         return slot;
     }
 
-    /// Each block keeps in `size` how many bytes it was given, the filler none.
+    /// Each block keeps in `size` how many bytes it was given.
     void Settle(char state, HandleSlot* slot) {
-        if (state == 'l' || state == kFiller) RelocLock(slot);
         if (state == 'f') {
             RelocFree(slot);
-        } else if (state == kFiller) {
-            slot->size = 0;
-        } else {
-            slots_.push_back(slot);
-            slot->size = RelocSize(slot);
-            std::memset(slot->block, static_cast<int>(slots_.size()), slot->size);
+            return;
         }
+        if (state == 'l') RelocLock(slot);
+        slots_.push_back(slot);
+        slot->size = RelocSize(slot);
+        std::memset(slot->block, static_cast<int>(slots_.size()), slot->size);
     }
 
     HeapPage* page_;

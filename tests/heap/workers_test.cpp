@@ -115,7 +115,7 @@ class Worker {
     void ResizeHandle(Handle& handle, std::uint32_t size) {
         const std::uint32_t flags = Below(2) * AllocRelocatable + Below(2) * ResizeNoMove;
         const bool mayMove = flags == AllocRelocatable || (flags == 0 && handle.count == 0);
-        const char* before = handle.slot->block;
+        const char* before = handle.count != 0 ? handle.slot->block : nullptr;
         const bool done = RelocResize(handle.slot, size, flags) != nullptr;
         EXPECT_TRUE(done || (!mayMove && size > handle.size));
         EXPECT_TRUE(mayMove || handle.count == 0 || handle.slot->block == before);

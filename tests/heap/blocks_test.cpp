@@ -205,6 +205,7 @@ TEST(PoolOperations, DeadPools) {
 TEST(PoolOperations, NothingGoesAboveTheCeiling) {
     TestPool pool;
     RaisedErrors errors;
+    RelocAlloc(pool, AllocRelocatable, 100);
     pool->ceiling = pool->footprint + 4096;
     EXPECT_EQ(KindOf(PageBase(PoolAlloc(pool, 3000, 0))), kKindLarge) << "for want of a page";
     EXPECT_EQ(pool->footprint, pool->ceiling);

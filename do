@@ -110,25 +110,10 @@ verb_profile() {
     build bench veldt-bench
     if [ $# -gt 0 ]; then
         scripts/profile build/bench/bench/veldt-bench "$@"
-        return
+    else
+        scripts/profile build/bench/bench/veldt-bench >build/profiles.md
+        mv build/profiles.md docs/profiles.md
     fi
-    {
-        cat <<'END'
-# Profiles
-
-Written by `./do profile`, of the rows that the last full run of the [benchmarks](benchmarks.md)
-missed; `./do profile NAME...` prints those of other rows. [Where the time goes](speed.md) says what
-they show.
-
-Each cell gives what a round takes with VELDT20 and with what it is first compared with, on a
-simulated processor with 32 KB of first cache and 1 MB of second. The simulation knows no
-translation of addresses, which costs time beside all this. The last column reckons a cycle an
-instruction, 10 a miss of the first cache and 100 a miss of the second.
-
-END
-        scripts/profile build/bench/bench/veldt-bench
-    } >build/profiles.md
-    mv build/profiles.md docs/profiles.md
 }
 
 # fuzz [NAME [SECONDS]]: what breaks one is left in build/fuzz as crash-*, to be given to it again.

@@ -178,7 +178,7 @@ namespace {
 
 /// Whether what the node says of an entry holds for what the entry itself offers. Of a page whose
 /// hint has fallen to 0 the index may not have heard; of one of fixed blocks it hears that alone.
-bool Knows(const RingNode& node, unsigned place, const RingItem& actual) {
+bool Agrees(const RingNode& node, unsigned place, const RingItem& actual) {
     const bool hinted = RingItemAt(node, place).hinted;
     const bool hasBound = !node.isLeaf || KindOf(actual.entry.page) != kKindFixed;
     return (!hasBound || Covers(node.Bound(place), actual.bound)) &&
@@ -192,14 +192,14 @@ bool CheckBelow(const RingNode& node, const PageLink*& at) {
         if (node.isLeaf) {
             const auto [home, place] = PlaceOf(entry.page);
             if (at->page != entry.page || home != &node || place != i ||
-                !Knows(node, i, ItemOf(at))) {
+                !Agrees(node, i, ItemOf(at))) {
                 return false;
             }
             at = at->next;
             continue;
         }
         const RingNode& below = *entry.node;
-        if (below.parent != &node || below.place != i || !Knows(node, i, RingItemOf(entry.node)) ||
+        if (below.parent != &node || below.place != i || !Agrees(node, i, RingItemOf(entry.node)) ||
             !CheckBelow(below, at)) {
             return false;
         }

@@ -10,6 +10,9 @@
 #include <cstring>
 
 #define VELDT20_WIDE __attribute__((target("avx2")))
+// The same for a part of the one function that uses it: a call would cost as much as the search of
+// 64 bytes.
+#define VELDT20_WIDE_WITHIN __attribute__((target("avx2"), always_inline)) inline
 
 namespace veldt::strings {
 
@@ -175,23 +178,33 @@ class WideSearch {
         return Zeros(first) | std::uint64_t{Zeros(second)} << kStep;
     }
 
-    /// For two steps and more, in blocks of four.
-    VELDT20_WIDE static std::size_t InBlocks(const char* a, const char* b, std::size_t length) {
-        const std::size_t upper = length < kBlock ? length - kBlock / 2 : kBlock / 2;
-        const std::size_t last = length - upper - kBlock / 2;
-        // From the second block on at least `a` is aligned. The last one reaches back.
-        std::size_t stride = kBlock - reinterpret_cast<std::uintptr_t>(a) % kStep;
-        for (std::size_t i = 0;; i = std::min(i + stride, last), stride = kBlock) {
-            const __m256i s0 = Step(a + i, b + i);
-            const __m256i s1 = Step(a + i + kStep, b + i + kStep);
-            const __m256i s2 = Step(a + i + upper, b + i + upper);
-            const __m256i s3 = Step(a + i + upper + kStep, b + i + upper + kStep);
-            if (Zeros(_mm256_min_epu8(_mm256_min_epu8(s0, s1), _mm256_min_epu8(s2, s3))) != 0) {
-                const std::uint64_t stops = Both(s0, s1);
-                return i + (stops != 0 ? First(stops) : upper + First(Both(s2, s3)));
-            }
-            if (i == last) return length;
+    /// For more than two steps and at most four, which then overlap.
+    VELDT20_WIDE_WITHIN static std::size_t InBlock(const char* a, const char* b,
+                                                   std::size_t length) {
+        const std::size_t upper = length - kBlock / 2;
+        const __m256i s0 = Step(a, b);
+        const __m256i s1 = Step(a + kStep, b + kStep);
+        const __m256i s2 = Step(a + upper, b + upper);
+        const __m256i s3 = Step(a + upper + kStep, b + upper + kStep);
+        if (Zeros(_mm256_min_epu8(_mm256_min_epu8(s0, s1), _mm256_min_epu8(s2, s3))) == 0) {
+            return length;
         }
+        const std::uint64_t stops = Both(s0, s1);
+        return stops != 0 ? First(stops) : upper + First(Both(s2, s3));
+    }
+
+    /// For more than two steps. The last block reaches back over bytes that are done with.
+    VELDT20_WIDE_WITHIN static std::size_t InBlocks(const char* a, const char* b,
+                                                    std::size_t length) {
+        if (length <= kBlock) return InBlock(a, b, length);
+        const std::size_t last = length - kBlock;
+        for (std::size_t i = 0; i < last;) {
+            const std::size_t stop = InBlock(a + i, b + i, kBlock);
+            if (stop != kBlock) return i + stop;
+            // From the second block on at least `a` is aligned.
+            i += kBlock - reinterpret_cast<std::uintptr_t>(a + i) % kStep;
+        }
+        return last + InBlock(a + last, b + last, kBlock);
     }
 
     static constexpr std::size_t kBlock = 4 * kStep;
@@ -215,4 +228,5 @@ std::size_t FirstStop(const char* a, const char* b, std::size_t length) {
 
 }  // namespace veldt::strings
 
+#undef VELDT20_WIDE_WITHIN
 #undef VELDT20_WIDE

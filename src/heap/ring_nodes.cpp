@@ -12,7 +12,11 @@ namespace {
 /// A page that joins an index takes at most one node on each level and a new top. A level is added
 /// when all places of the top are taken, for which each time 32 times as many pages must have come.
 constexpr std::uint32_t kMostAtOnce = 8;
-constexpr std::uint32_t kBatch = kRegionUnit / sizeof(RingNode);
+/// Nodes keep away from the base of a region: a processor that takes addresses for the same which
+/// agree in their low twelve bits would let the search of a node wait for the last store to the
+/// header of a page.
+constexpr std::uint32_t kBeforeNodes = 2 * alignof(RingNode);
+constexpr std::uint32_t kBatch = (kRegionUnit - kBeforeNodes) / sizeof(RingNode);
 
 RingNode* spareNodes = nullptr;  ///< linked through parent
 std::uint32_t spareCount = 0;
@@ -63,11 +67,12 @@ bool RingNodesAtHand() {
     if (spareCount >= kMostAtOnce) {
         return true;
     }
-    auto* batch = static_cast<RingNode*>(platform::VirtualAllocUnits(kRegionUnit));
-    if (batch == nullptr) {
+    auto* region = static_cast<char*>(platform::VirtualAllocUnits(kRegionUnit));
+    if (region == nullptr) {
         return false;
     }
-    RegionBegan(reinterpret_cast<char*>(batch), kRegionUnit);
+    RegionBegan(region, kRegionUnit);
+    auto* batch = reinterpret_cast<RingNode*>(region + kBeforeNodes);
     for (std::uint32_t i = kBatch; i > 0; --i) {
         Push(batch + i - 1);
     }

@@ -15,6 +15,8 @@ class Input {
 
     bool Empty() const { return at_ == end_; }
     std::uint8_t Byte() { return at_ == end_ ? std::uint8_t{0} : *at_++; }
+    /// For a run that decides by numbers.
+    std::uint32_t operator()() { return Word(); }
     std::uint32_t Word() { return Byte() | static_cast<std::uint32_t>(Byte()) << 8; }
     std::uint64_t Long() {
         std::uint64_t value = 0;

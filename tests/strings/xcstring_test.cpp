@@ -1,10 +1,12 @@
-// XCString: what the model leaves out. The orders, the limits of length, texts from resources.
+// XCString: the random run, and what it leaves out. The orders, the limits of length, texts from
+// resources.
 #include <gtest/gtest.h>
 #include <veldt20/strings.h>
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <random>
 #include <string>
@@ -12,6 +14,7 @@
 #include "strings/mismatch.h"
 #include "strings/open_string.h"
 #include "strings/orders.h"
+#include "strings/xcstring_run.h"
 #include "support/refusing_new.h"
 #include "support/seed.h"
 
@@ -72,6 +75,20 @@ bool StepsAgree(const std::string& a, const std::string& b) {
     const bool wide = length > WideSearch<SameTextNoCase>::kStep && __builtin_cpu_supports("avx2");
     return Search<SameTextNoCase>::Run(a.data(), b.data(), length, place) == first &&
            (!wide || WideSearch<SameTextNoCase>::Run(a.data(), b.data(), length, place) == first);
+}
+
+TEST(XCString, AMillionOperationsAgainstAModel) {
+    const long before = veldt::tests::LiveBlocks();
+    {
+        std::mt19937 random(veldt::tests::Seed());
+        const auto run = std::make_unique<veldt::tests::XCStringRun<std::mt19937>>(random);
+        for (int step = 0; step < 1000000; ++step) {
+            run->Step();
+            run->Check();
+            ASSERT_FALSE(HasFatalFailure()) << "at step " << step;
+        }
+    }
+    EXPECT_EQ(veldt::tests::LiveBlocks(), before);
 }
 
 TEST(XCString, OrdersBySignedBytes) {

@@ -1,22 +1,16 @@
-#include <gtest/gtest.h>
 #include <veldt20/collections.h>
-#include <veldt20/memory.h>
 
-#include <cstring>
 #include <random>
 #include <vector>
 
+#include "memory/handles.h"
 #include "support/seed.h"
 
 namespace {
 
 using Values = std::vector<std::uint32_t>;
 
-class HandleArray : public testing::Test {
-  protected:
-    void SetUp() override { ASSERT_EQ(XMemInitInstance(), 1); }
-    void TearDown() override { XMemExitInstance(); }
-};
+class HandleArray : public veldt::tests::WithInstance {};
 
 /// Records of 4 bytes, whose room the handle's size tells.
 struct Numbers : XHandleArray {
@@ -32,11 +26,12 @@ struct Numbers : XHandleArray {
 TEST_F(HandleArray, SizesBeyondAllMemoryChangeNothing) {
     XHandleArray array(1, 1 << 30);
     ASSERT_EQ(array.IHandleArray(), 1);
-    EXPECT_EQ(array.Grow(3), 0);
-    EXPECT_EQ(XMemError(), kMemFull);
-    EXPECT_EQ(array.Grow(INT32_MAX), 0);
-    EXPECT_EQ(array.Preflight(INT32_MAX), 0);
-    EXPECT_EQ(XMemError(), kMemFull);
+    for (const std::int32_t count : {3, INT32_MAX}) {
+        char* const block = _XNewPtr(1);  // the register says now that all is well
+        EXPECT_EQ(array.Grow(count) + array.Preflight(count), 0);
+        EXPECT_EQ(XMemError(), kMemFull);
+        XDisposePtr(block);
+    }
     EXPECT_EQ(array.Preflight(-1), 1);
     EXPECT_EQ(array.GetNumElements(), 0);
     EXPECT_EQ(XGetHandleSize(array.GetArrayHandle()), 0);
@@ -118,6 +113,7 @@ TEST_F(HandleArray, RandomRunsAgainstAVector) {
             neighbour.Step();
         }
     }
+    EXPECT_EQ(veldt::tests::LiveHandles(), 0u);
 }
 
 }  // namespace

@@ -32,6 +32,12 @@ void ExpectSameAsWalk(PageLink* link, std::uint32_t hint) {
     check(largeEnough);
     check(slidable);
     check(unpinned);
+    check(HintOf{static_cast<std::uint16_t>(hint + 1)});
+    // The search has told the index of the hints on its way that had fallen to 0.
+    const PageLink* hinted = RingFirstBehind(link, HintOf{1});
+    if (link->next != link) {
+        EXPECT_EQ(RingHintedBehind(link->page), hinted != nullptr ? hinted->page : nullptr);
+    }
 }
 
 TEST(RingIndex, MadeUpRings) {

@@ -176,13 +176,14 @@ Offer RingBound(const PageLink* link) {
 
 namespace {
 
-/// Whether what the node says of an entry holds for what the entry itself offers. Of a page whose
-/// hint has fallen to 0 the index may not have heard; of one of fixed blocks it hears that alone.
+/// Whether what the node says of an entry holds for what the entry itself offers. Of a page of
+/// fixed blocks the index hears whether it has a hint, and that alone; of others it may not have
+/// heard yet that an offer has shrunk.
 bool Agrees(const RingNode& node, unsigned place, const RingItem& actual) {
-    const bool hinted = RingItemAt(node, place).hinted;
+    const RingItem known = RingItemAt(node, place);
     const bool hasBound = !node.isLeaf || KindOf(actual.entry.page) != kKindFixed;
-    return (!hasBound || Covers(node.Bound(place), actual.bound)) &&
-           (hinted == actual.hinted || (node.isLeaf && hinted));
+    const bool hinted = node.isLeaf && hasBound ? known.bound.hint != 0 : actual.hinted;
+    return known.hinted == hinted && (!hasBound || Covers(known.bound, actual.bound));
 }
 
 /// Walks the tree in order beside the ring, from `at` on. False at the first disagreement.

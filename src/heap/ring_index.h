@@ -99,7 +99,7 @@ void RingIndexNote(const PageLink* link);
 /// To be called when an offer may have grown. It is often back at what the index knows of.
 inline void RingIndexRaise(const PageLink* link) {
     const auto [node, place] = PlaceOf(link->page);
-    if (node != nullptr && !node->Knows(place, OfferOf(link))) {
+    if (node != nullptr && !Covers(node->Bound(place), OfferOf(link))) {
         RingIndexNote(link);
     }
 }

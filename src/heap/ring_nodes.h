@@ -40,9 +40,9 @@ struct alignas(64) RingNode {
     std::uint8_t count;  ///< entries, which stand from place 0 on
     bool isLeaf;
     /// Bits of the pages whose hint isn't 0, as far as the index was told, and of the nodes with
-    /// such a bit.
+    /// such a bit. In a leaf that has bounds it is set just where `hints` isn't 0.
     std::uint64_t hinted;
-    // No entry offers more than these say.
+    // No entry offers more than these say. A ring of fixed blocks has no use for them.
     std::uint64_t unslid;
     std::uint16_t hints[kPlaces];
     std::uint16_t unpinnedHints[kPlaces];
@@ -53,10 +53,6 @@ struct alignas(64) RingNode {
         return {.hint = hints[at],
                 .unpinnedHint = unpinnedHints[at],
                 .unslid = (unslid >> at & 1) != 0};
-    }
-    /// Whether a search will find `offer` at that place.
-    bool Knows(unsigned at, const Offer& offer) const {
-        return Covers(Bound(at), offer) && (offer.hint == 0 || (hinted >> at & 1) != 0);
     }
     void SetBound(unsigned at, const Offer& bound) {
         hints[at] = bound.hint;

@@ -1,5 +1,6 @@
 // The check of the invariants must see each of them broken, name it, and survive what it finds.
 #include "heap/regions.h"
+#include "heap/ring_index.h"
 #include "heap_fixture.h"
 
 namespace {
@@ -58,6 +59,13 @@ TEST_F(Damage, VariablePages) {
     Expect<Word>("ring index disagrees with the ring", &second->link->freeHint, 0xFFF8);
     Expect<std::uintptr_t>("ring index lacks the ring", &NoteOf(second).ringPlace, 0);
     PageRelease(second, 0);
+
+    HeapPage* third = PageAcquire(pool, kKindRelocatable, 4096, 0);
+    const auto [leaf, place] = PlaceOf(third);
+    third->link->freeHint = 0;  // of which the index need not hear
+    Expect<std::uint64_t>("ring index disagrees with the ring", &leaf->hinted,
+                          leaf->hinted & ~(std::uint64_t{1} << place));
+    PageRelease(third, 0);
 
     UnlinkFree(freeBlock);
     EXPECT_STREQ(PoolFault(pool).what, "a free block is not in the ring");

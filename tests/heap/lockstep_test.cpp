@@ -147,6 +147,7 @@ char* WalkFixed(HeapPool* pool) {
     PageLink* link = head;
     while (link != nullptr && link->page->freeChain == nullptr) {
         link->freeHint = 0;
+        RingIndexNoteHinted(link->page, false);
         link = link->next == head ? nullptr : link->next;
     }
     HeapPage* page =

@@ -15,12 +15,13 @@ inline bool UnderWine() {
     return std::getenv("WINEPREFIX") != nullptr;
 }
 
-/// Expects that an operation gave 0 and left `error`. Then takes back the platform's last error,
-/// which can count as the next operation's own.
+/// Expects that an operation gave 0 and left `error`. Then takes back that and the platform's last
+/// error, which could count as the next operation's own.
 template <class Result>
 void ExpectFailure(const XFile& file, Result result, XFile::Error error) {
     EXPECT_EQ(result, Result{0});
     EXPECT_EQ(file.GetError(), error);
+    file.ClearError();
     platform::SetLastError(0);
 }
 

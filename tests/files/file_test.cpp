@@ -52,7 +52,6 @@ TEST_F(File, StartsClosedAndRefusesWhatNeedsAnOpenFile) {
     ExpectFailure(file_, file_.Close(), XFile::ErrorNotOpen);
     EXPECT_EQ(low + high, 3);
     EXPECT_EQ(scratch_.Content("a").size(), 120u);
-    std::as_const(file_).ClearError();
     EXPECT_EQ(file_.GetError(), XFile::ErrorNone);
 }
 
@@ -145,7 +144,7 @@ TEST_F(File, KeepsToItsPermissionAndTheFileToItself) {
 TEST_F(File, CopiesHoldOneHandle) {
     XFile copy = FileAt(scratch_.Path("A"));
     EXPECT_EQ(file_ == copy, 0);
-    ExpectFailure(file_, file_.Create(), XFile::ErrorExists);
+    EXPECT_EQ(file_.Create(), 0);
     copy = file_;
     EXPECT_EQ(copy != file_, 0);
     EXPECT_EQ(copy.GetError(), XFile::ErrorExists);
@@ -166,7 +165,8 @@ TEST_F(File, WithoutAPathIsTemporary) {
     XFile one = FileAt("");
     XFile two = FileAt("");
     ASSERT_EQ(one.Create() + two.Create(), 2);
-    EXPECT_EQ(one.IsTemporary(), 1);
+    file_ = one;
+    EXPECT_EQ(file_.IsTemporary(), 1);
     EXPECT_EQ(one == two, 0);
     ASSERT_EQ(one.Open(XFile::PermissionReadWrite), 1);
     EXPECT_EQ(one.Close(), 1);

@@ -99,7 +99,8 @@ TEST(XStr, ChangesAgreeWithAModelWhereverTheSourceLies) {
     constexpr int kRoom = 12;
     std::mt19937 random(veldt::tests::Seed());
     const std::string other("dcb\0adc\xE9zcbadcba", 16);
-    const auto letter = [&] { return "abcd\xE9"[random() % 6]; };
+    // One of them can be taken for the length.
+    const auto letter = [&] { return "abcd\xE9\x05"[random() % 7]; };
     std::string text;
     Guarded<kRoom> s;
     for (int round = 0; round < 50000; ++round) {

@@ -4,31 +4,14 @@
 #include "heap/compaction.h"
 #include "heap/errors.h"
 #include "heap/large_blocks.h"
-#include "heap/locks.h"
+#include "heap/pins.h"
 #include "heap/pools.h"
 #include "heap/regions.h"
-#include "heap/ring_index.h"
 #include "heap/variable_blocks.h"
 
 namespace veldt::heap {
 
 namespace {
-
-[[gnu::noinline, gnu::cold]] void RaiseBadHandle() {
-    HeapErrorDispatch(nullptr, MEM_BAD_HANDLE);
-}
-
-/// The pool of a handle; null, with error 13 raised, for what is none.
-[[gnu::always_inline]] inline HeapPool* ValidatedPool(const HandleSlot* slot) {
-    {
-        const HandleHold hold;
-        if (const HeapPage* page = PageOfHandle(slot); page != nullptr) [[likely]] {
-            return page->pool;
-        }
-    }
-    RaiseBadHandle();
-    return nullptr;
-}
 
 /// Makes a new block the slot's: by its trailer, or by the owner of its page.
 void Own(char* data, HandleSlot* slot) {
@@ -52,19 +35,6 @@ void Disown(char* data) {
     }
 }
 
-/// Counts a change between pinned and not pinned on the page's link.
-void CountPin(HeapPage* page, bool pinned) {
-    PageLink* link = page->link;
-    if (pinned) {
-        ++link->linkFlags;
-        return;
-    }
-    --link->linkFlags;
-    if ((link->linkFlags & kPinnedMask) == 0 && KindOf(page) != kKindLarge) {
-        RingIndexRaise(link);
-    }
-}
-
 /// The pin that the slot's present block is on the page that it stands in, if any.
 void CountPinOf(const HandleSlot* slot, bool pinned) {
     HeapPage* page = PageBase(slot->block);
@@ -77,17 +47,6 @@ void CountPinOf(const HandleSlot* slot, bool pinned) {
 void MoveTo(HandleSlot* slot, char* fresh, std::uint32_t bytes) {
     char* old = RelocRehome(slot, fresh, bytes);
     PageBase(old)->freeBlock(old);
-}
-
-/// Moves a variable-size block into a new one of at least its size. False if none can be had.
-bool MoveWhole(HeapPool* pool, HandleSlot* slot, std::uint32_t flags) {
-    const std::uint32_t size = UsedSize(HeaderOfData(slot->block)) - kHeaderSize;
-    char* fresh = RelocBlockAlloc(pool, flags, size);
-    if (fresh == nullptr) {
-        return false;
-    }
-    MoveTo(slot, fresh, size - kTrailerSize);
-    return true;
 }
 
 /// Hands a handle's block over to `size` bytes elsewhere, in a place of the same family.
@@ -207,122 +166,6 @@ HandleSlot* RelocResize(HandleSlot* slot, std::uint32_t size, std::uint32_t flag
     return slot;
 }
 
-char* RelocLock(HandleSlot* slot) {
-    HeapPool* pool = ValidatedPool(slot);
-    if (pool == nullptr) {
-        return nullptr;
-    }
-    const PoolHold hold(pool);
-    HeapPage* page = PageBase(slot->block);
-    if (!InMoveablePlace(page) || slot->lockCount == kMostLocks) {
-        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
-        return nullptr;
-    }
-    if (slot->lockCount++ == 0) {
-        CountPin(page, true);
-    }
-    return slot->block;
-}
-
-std::uint32_t RelocUnlock(HandleSlot* slot) {
-    HeapPool* pool = ValidatedPool(slot);
-    if (pool == nullptr) {
-        return kNoCount;
-    }
-    const PoolHold hold(pool);
-    HeapPage* page = PageBase(slot->block);
-    if (!InMoveablePlace(page) || slot->lockCount == 0) {
-        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
-        return kNoCount;
-    }
-    if (--slot->lockCount == 0) {
-        CountPin(page, false);
-    }
-    return slot->lockCount;
-}
-
-int RelocChangePins(HandleSlot* slot, int mode) {
-    HeapPool* pool = ValidatedPool(slot);
-    if (pool == nullptr) {
-        return -1;
-    }
-    const PoolHold hold(pool);
-    HeapPage* page = PageBase(slot->block);
-    if (!InMoveablePlace(page)) {
-        return 0;
-    }
-    const std::uint32_t old = slot->lockCount;
-    if (mode > 0 && old == kMostLocks) {
-        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
-        return 1;
-    }
-    slot->lockCount = mode > 0 ? old + 1 : (mode == 0 || old == 0 ? 0 : old - 1);
-    if ((old != 0) != (slot->lockCount != 0)) {
-        CountPin(page, old == 0);
-    }
-    return 1;
-}
-
-char* RelocFix(HandleSlot* slot) {
-    HeapPool* pool = ValidatedPool(slot);
-    if (pool == nullptr) {
-        return nullptr;
-    }
-    const PoolHold hold(pool);
-    HeapPage* page = PageBase(slot->block);
-    if ((InMoveablePlace(page) && slot->lockCount != 0) || slot->lockCount == kMostLocks) {
-        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
-        return nullptr;
-    }
-    if (KindOf(page) == kKindLarge) {
-        page->large.relocState = 0;
-    } else if (KindOf(page) == kKindRelocatable && !MoveWhole(pool, slot, 0)) {
-        return nullptr;
-    }
-    ++slot->lockCount;
-    return slot->block;
-}
-
-std::uint32_t RelocUnfix(HandleSlot* slot) {
-    HeapPool* pool = ValidatedPool(slot);
-    if (pool == nullptr) {
-        return kNoCount;
-    }
-    const PoolHold hold(pool);
-    HeapPage* page = PageBase(slot->block);
-    if (InMoveablePlace(page) || slot->lockCount == 0) {
-        HeapErrorDispatch(pool, MEM_LOCK_ERROR);
-        return kNoCount;
-    }
-    if (--slot->lockCount > 0) {
-        return slot->lockCount;
-    }
-    if (KindOf(page) == kKindLarge) {
-        page->large.relocState = AllocRelocatable;
-    } else if (!MoveWhole(pool, slot, AllocRelocatable)) {
-        slot->lockCount = 1;
-        return kNoCount;
-    }
-    return 0;
-}
-
-RelocState RelocStateOf(HandleSlot* slot) {
-    HeapPool* pool = ValidatedPool(slot);
-    if (pool == nullptr) {
-        return {.lockCount = kNoCount, .moveable = false};
-    }
-    const PoolHold hold(pool);
-    return {.lockCount = slot->lockCount, .moveable = InMoveablePlace(PageBase(slot->block))};
-}
-
-std::uint32_t RelocLockCount(HandleSlot* slot) {
-    return RelocStateOf(slot).lockCount;
-}
-
-int RelocIsMoveable(HandleSlot* slot) {
-    return RelocStateOf(slot).moveable ? 1 : 0;
-}
-
 std::uint32_t RelocSize(HandleSlot* slot) {
     {
         const HandleHold hold;
@@ -331,7 +174,7 @@ std::uint32_t RelocSize(HandleSlot* slot) {
                                               : DataSize(HeaderOfData(slot->block));
         }
     }
-    HeapErrorDispatch(nullptr, MEM_BAD_HANDLE);
+    RaiseBadHandle();
     return kNoSize;
 }
 

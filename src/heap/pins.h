@@ -1,0 +1,28 @@
+// What the operations on handles share: the first look at a handle, and the pins that are counted on
+// a page.
+#pragma once
+
+#include "heap/locks.h"
+#include "heap/relocatable_blocks.h"
+
+namespace veldt::heap {
+
+/// Raises error 13.
+[[gnu::cold]] void RaiseBadHandle();
+
+/// The pool of a handle; null, with error 13 raised, for what is none.
+[[gnu::always_inline]] inline HeapPool* ValidatedPool(const HandleSlot* slot) {
+    {
+        const HandleHold hold;
+        if (const HeapPage* page = PageOfHandle(slot); page != nullptr) [[likely]] {
+            return page->pool;
+        }
+    }
+    RaiseBadHandle();
+    return nullptr;
+}
+
+/// Counts a change between pinned and not pinned on the page's link.
+void CountPin(HeapPage* page, bool pinned);
+
+}  // namespace veldt::heap

@@ -1,5 +1,5 @@
-// What the operations on handles share: the first look at a handle, and the pins that are counted on
-// a page.
+// What the operations on handles share: the first look at a handle, and how many pinned blocks a
+// page has.
 #pragma once
 
 #include "heap/locks.h"
@@ -22,7 +22,7 @@ namespace veldt::heap {
     return nullptr;
 }
 
-/// Counts a change between pinned and not pinned on the page's link.
+/// Counts a block of the page that is pinned now, or no longer.
 void CountPin(HeapPage* page, bool pinned);
 
 }  // namespace veldt::heap

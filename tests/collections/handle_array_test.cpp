@@ -16,11 +16,7 @@ class HandleArray : public veldt::tests::WithInstance {};
 struct Numbers : XHandleArray {
     explicit Numbers(int slack) : XHandleArray(slack, 4) {}
 
-    std::uint32_t* At(std::int32_t index) const {
-        return reinterpret_cast<std::uint32_t*>(GetArrayPtr()) + index;
-    }
-    std::int32_t Capacity() const { return XGetHandleSize(GetArrayHandle()) / 4; }
-    Values Contents() const { return Values(At(0), At(GetNumElements())); }
+    std::uint32_t* First() const { return reinterpret_cast<std::uint32_t*>(GetArrayPtr()); }
 };
 
 TEST_F(HandleArray, SizesBeyondAllMemoryChangeNothing) {
@@ -62,13 +58,12 @@ class RandomRun {
             ASSERT_EQ(index == std::ssize(model_) ? array_.Grow(count) : array_.Shift(index, count),
                       1);
             Need(std::ssize(model_) + count);
-            for (std::int32_t i = index; i < index + count; ++i) {
-                *array_.At(i) = static_cast<std::uint32_t>(random_());
-                model_.insert(model_.begin() + i, *array_.At(i));
-            }
+            std::uint32_t* const added = array_.First() + index;
+            std::generate_n(added, count, std::ref(random_));
+            model_.insert(model_.begin() + index, added, added + count);
         }
-        ASSERT_EQ(array_.Contents(), model_);
-        ASSERT_EQ(array_.Capacity(), capacity_);
+        ASSERT_EQ(Values(array_.First(), array_.First() + array_.GetNumElements()), model_);
+        ASSERT_EQ(XGetHandleSize(array_.GetArrayHandle()), capacity_ * 4);
         ASSERT_EQ(XHGetState(array_.GetArrayHandle()), locks_ > 0 ? 1 : 0);
     }
 

@@ -54,6 +54,7 @@ class Ints : public XDynArrayImp {
     }
 
     Values destroyed;
+    int assignments = 0;
 
   protected:
     void CopyConstructElement(const void* source, void* target) override {
@@ -66,7 +67,8 @@ class Ints : public XDynArrayImp {
         destroyed.push_back(*static_cast<int*>(element));
     }
     void AssignElement(void* target, const void* source) override {
-        std::memcpy(target, source, sizeof(int));
+        CopyConstructElement(source, target);
+        ++assignments;
     }
 };
 
@@ -81,32 +83,31 @@ class ArrayRun {
     void Step(std::mt19937& random, bool refuse = false) {
         const int index = static_cast<int>(random() % (values_.size() + 1));
         const int some = static_cast<int>(random() % 6), value = static_cast<int>(random());
+        const auto kind = random() % 12;
         refuse_ = refuse;
-        switch (random() % 8) {
-            case 0:
-            case 1:
-                Insert(index, value);
-                break;
-            case 2:
-                InsertZeros(index, some);
-                break;
-            case 3:
-                ASSERT_EQ(array.SetCapacity(some * 4), Fit(std::max(some * 4, capacity_)));
-                break;
-            case 4:
-                array.SetIncrementSize(increment_ = some);
-                array.Compact();
-                break;
-            case 5:
-                Replace(index, value);
-                break;
-            case 6:
-                Remove(index);
-                break;
-            default:
-                Delete(index, std::min(some, Count() - index));
+        if (kind < 4) {
+            Insert(index, value);
+        } else if (kind < 6) {
+            const Values zeros(static_cast<unsigned>(some));
+            Added(index, zeros, array.InsertBlockElements(index, some));
+        } else if (kind == 6) {
+            ASSERT_EQ(array.SetCapacity(some * 4), Fit(std::max(some * 4, capacity_)));
+        } else if (kind == 7) {
+            array.SetIncrementSize(increment_ = some);
+            array.Compact();
+        } else if (kind == 8 && value % 8 == 0) {
+            array.RemoveAll();
+            values_.clear();
+            array.DeleteAll();
+        } else if (kind == 9 && index < Count()) {
+            array.Replace(&value, index);
+            ASSERT_EQ(std::exchange(array.assignments, 0), 1);
+            values_[static_cast<unsigned>(index)] = value;
+        } else if (kind > 9) {
+            Take(index, std::min(some, Count() - index));
         }
         ASSERT_TRUE(array.destroyed.empty());
+        ASSERT_EQ(array.IsEmpty(), values_.empty() ? 1 : 0);
         ASSERT_EQ(array.Contents(), values_);
         ASSERT_EQ(array.Look().capacity, capacity_);
     }
@@ -124,38 +125,34 @@ class ArrayRun {
         if (count == 0) return std::max(initialSize_, 0);
         return increment_ == 0 ? count : (count + increment_ - 1) / increment_ * increment_;
     }
-    int Grow(int count) { return count <= capacity_ ? 1 : Fit(RoomFor(count)); }
 
     void Insert(int index, int value) {
         const int done = index == 0         ? array.Prepend(&value)
                          : index == Count() ? array.Append(&value)
                                             : array.Insert(&value, index);
-        ASSERT_EQ(done, Grow(Count() + 1));
-        if (done) values_.insert(values_.begin() + index, value);
+        Added(index, {value}, done);
     }
-    void InsertZeros(int index, int count) {
-        const int done = array.InsertBlockElements(index, count);
-        ASSERT_EQ(done, Grow(Count() + count));
-        if (done) values_.insert(values_.begin() + index, static_cast<std::size_t>(count), 0);
+    void Added(int index, const Values& values, int done) {
+        const int count = Count() + static_cast<int>(values.size());
+        ASSERT_EQ(done, count <= capacity_ ? 1 : Fit(RoomFor(count)));
+        if (done) values_.insert(values_.begin() + index, values.begin(), values.end());
     }
-    void Replace(int index, int value) {
-        if (index == Count()) return;
-        array.Replace(&value, index);
-        values_[static_cast<std::size_t>(index)] = value;
-    }
-    void Remove(int index) {
-        if (index == Count()) return;
-        array.Remove(index);
-        values_.erase(values_.begin() + index);
-        Fit(RoomFor(Count()));
-    }
-    void Delete(int index, int count) {
+    // One element without its end, where its value says so; else as Delete does it, or DeleteAll.
+    void Take(int index, int count) {
         const auto first = values_.begin() + index, end = first + count;
-        Values destroyed(first, end);
-        std::reverse(destroyed.begin(), destroyed.end());
+        Values gone(first, end);
+        std::reverse(gone.begin(), gone.end());
         values_.erase(first, end);
-        ASSERT_EQ(array.Delete(index, index + count - 1), Fit(RoomFor(Count())));
-        ASSERT_EQ(std::exchange(array.destroyed, {}), destroyed);
+        const int fits = Fit(RoomFor(Count()));
+        if (count == 1 && gone[0] % 2 == 0) {
+            array.Remove(index);
+            gone.clear();
+        } else if (values_.empty() && count > 0) {
+            array.DeleteAll();
+        } else {
+            ASSERT_EQ(array.Delete(index, index + count - 1), fits);
+        }
+        ASSERT_EQ(std::exchange(array.destroyed, {}), gone);
     }
 
     int initialSize_, increment_;

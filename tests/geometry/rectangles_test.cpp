@@ -20,19 +20,19 @@ struct Wide {
     bool operator==(const Wide&) const = default;
 };
 
-template <class Rect>
-Wide Widen(const Rect& r) {
+Wide Widen(const auto& r) {
     return {r.top, r.left, r.bottom, r.right};
 }
 
 /// What fits of 64-bit coordinates, whatever the order in which the class takes them.
 template <class Rect>
 Rect Narrow(const Wide& w) {
+    using Coordinate = decltype(Rect::top);
     Rect r;
-    r.top = static_cast<decltype(r.top)>(w.top);
-    r.left = static_cast<decltype(r.top)>(w.left);
-    r.bottom = static_cast<decltype(r.top)>(w.bottom);
-    r.right = static_cast<decltype(r.top)>(w.right);
+    r.top = static_cast<Coordinate>(w.top);
+    r.left = static_cast<Coordinate>(w.left);
+    r.bottom = static_cast<Coordinate>(w.bottom);
+    r.right = static_cast<Coordinate>(w.right);
     return r;
 }
 
@@ -50,7 +50,7 @@ class Rectangles : public testing::Test {
     /// Often the same or near another, often at the ends of the range, else anything.
     Coordinate Any() {
         using Limits = std::numeric_limits<Coordinate>;
-        const auto few = static_cast<Coordinate>(random_() % 4);
+        const auto few = static_cast<Coordinate>(random_() % 2);
         const Coordinate choice[] = {few, static_cast<Coordinate>(Limits::min() + few),
                                      static_cast<Coordinate>(Limits::max() - few),
                                      static_cast<Coordinate>(random_())};
@@ -72,6 +72,10 @@ TYPED_TEST(Rectangles, RandomAgainstWideArithmetic) {
         const bool valid = a.left <= a.right && a.top <= a.bottom;
         EXPECT_EQ(rect.IsValid(), valid ? 1 : 0);
         EXPECT_EQ(rect.IsEmpty(), !valid || a.left == a.right || a.top == a.bottom ? 1 : 0);
+        if constexpr (requires { rect == other; }) {
+            EXPECT_EQ(rect == other, a == b ? 1 : 0);
+            EXPECT_EQ(rect != other, a == b ? 0 : 1);
+        }
 
         const Wide both{std::max(a.top, b.top), std::max(a.left, b.left),
                         std::min(a.bottom, b.bottom), std::min(a.right, b.right)};
@@ -89,48 +93,10 @@ TYPED_TEST(Rectangles, RandomAgainstWideArithmetic) {
 
         const decltype(rect.TopLeft()) by(this->Any(), this->Any());
         const std::int64_t x = by.x, y = by.y;
-        changed = rect;
-        EXPECT_EQ(Widen(changed += by),
+        EXPECT_EQ(Widen(TypeParam(rect) += by),
                   Wrapped<TypeParam>({a.top + y, a.left + x, a.bottom + y, a.right + x}));
-        changed = rect;
-        EXPECT_EQ(Widen(changed -= by),
+        EXPECT_EQ(Widen(TypeParam(rect) -= by),
                   Wrapped<TypeParam>({a.top - y, a.left - x, a.bottom - y, a.right - x}));
-    }
-}
-
-using FixRectangles = Rectangles<XFixRect>;
-
-TEST_F(FixRectangles, RandomAgainstWideArithmetic) {
-    for (int run = 0; run < 20000 && !HasFailure(); ++run) {
-        const Wide a = AnyWide(), b = AnyWide();
-        const auto rect = Narrow<XFixRect>(a), other = Narrow<XFixRect>(b);
-        EXPECT_EQ(Widen(rect | other),
-                  (Wide{std::min(a.top, b.top), std::min(a.left, b.left),
-                        std::max(a.bottom, b.bottom), std::max(a.right, b.right)}));
-        XFixRect changed = rect;
-        EXPECT_EQ(Widen(rect & other), Widen(changed &= other));
-        changed = rect;
-        EXPECT_EQ(Widen(rect | other), Widen(changed |= other));
-        EXPECT_EQ(rect.Width(), static_cast<std::int32_t>(a.right - a.left));
-        EXPECT_EQ(rect.Height(), static_cast<std::int32_t>(a.bottom - a.top));
-
-        const XFixPoint p(Any(), Any());
-        const std::int64_t x = p.x, y = p.y;
-        EXPECT_EQ(rect.Contains(p),
-                  a.left <= x && x <= a.right && a.top <= y && y <= a.bottom ? 1 : 0);
-        changed.PtToRect(p, rect.TopLeft());
-        EXPECT_EQ(Widen(changed), (Wide{std::min(y, a.top), std::min(x, a.left), std::max(y, a.top),
-                                        std::max(x, a.left)}));
-        changed = rect;
-        changed.Inset(p.x, p.y);
-        EXPECT_EQ(Widen(changed),
-                  Wrapped<XFixRect>({a.top + y, a.left + x, a.bottom - y, a.right - x}));
-        changed = rect;
-        changed.Offset(p.x, p.y);
-        EXPECT_EQ(Widen(changed), Widen(rect + p));
-        EXPECT_EQ(Widen(changed - p), a);
-        EXPECT_EQ(rect.TopLeft() + p == (rect + p).TopLeft(), 1);
-        EXPECT_EQ(rect.TopLeft() - p == (rect - p).TopLeft(), 1);
     }
 }
 
@@ -145,65 +111,80 @@ TYPED_TEST(Rectangles, FieldsAreTakenInTheirOrder) {
     if constexpr (requires { rect.BotRight(); }) {
         EXPECT_EQ(std::bit_cast<Corner>(rect.BotRight()), (Corner{7, 8}));
     }
-    if constexpr (requires { rect == rect; }) {
-        for (const TypeParam& other : {rect, TypeParam(4, 6, 7, 8), TypeParam(5, 4, 7, 8),
-                                       TypeParam(5, 6, 4, 8), TypeParam(5, 6, 7, 4)}) {
-            EXPECT_EQ(rect == other, Widen(rect) == Widen(other) ? 1 : 0);
-            EXPECT_EQ(rect != other, Widen(rect) == Widen(other) ? 0 : 1);
-        }
+}
+
+using FixRectangles = Rectangles<XFixRect>;
+
+TEST_F(FixRectangles, RandomAgainstWideArithmetic) {
+    for (int run = 0; run < 20000 && !HasFailure(); ++run) {
+        const Wide a = AnyWide(), b = AnyWide();
+        const auto rect = Narrow<XFixRect>(a), other = Narrow<XFixRect>(b);
+        EXPECT_EQ(Widen(rect | other),
+                  (Wide{std::min(a.top, b.top), std::min(a.left, b.left),
+                        std::max(a.bottom, b.bottom), std::max(a.right, b.right)}));
+        EXPECT_EQ(Widen(rect & other), Widen(XFixRect(rect) &= other));
+        EXPECT_EQ(Widen(rect | other), Widen(XFixRect(rect) |= other));
+        EXPECT_EQ(rect.Width(), static_cast<std::int32_t>(a.right - a.left));
+        EXPECT_EQ(rect.Height(), static_cast<std::int32_t>(a.bottom - a.top));
+
+        const XFixPoint p(Any(), Any());
+        const std::int64_t x = p.x, y = p.y;
+        EXPECT_EQ(rect.Contains(p),
+                  a.left <= x && x <= a.right && a.top <= y && y <= a.bottom ? 1 : 0);
+        XFixRect changed = other;
+        changed.PtToRect(p, rect.TopLeft());
+        EXPECT_EQ(Widen(changed), (Wide{std::min(y, a.top), std::min(x, a.left), std::max(y, a.top),
+                                        std::max(x, a.left)}));
+        changed = rect;
+        changed.Inset(p.x, p.y);
+        EXPECT_EQ(Widen(changed),
+                  Wrapped<XFixRect>({a.top + y, a.left + x, a.bottom - y, a.right - x}));
+        changed = rect;
+        changed.Offset(p.x, p.y);
+        EXPECT_EQ(Widen(changed), Widen(rect + p));
+        EXPECT_EQ(Widen(changed - p), a);
     }
 }
 
-using Pair = std::array<std::int32_t, 2>;
+TEST_F(FixRectangles, CornersAreReadWrittenAndCompared) {
+    for (int run = 0; run < 20000 && !HasFailure(); ++run) {
+        const XFixRect rect(Any(), Any(), Any(), Any());
+        const XFixPoint a = rect.TopLeft(), b = rect.BottomRight();
+        EXPECT_EQ(a == b, a.x == b.x && a.y == b.y ? 1 : 0);
+        EXPECT_EQ(a != b, a.x == b.x && a.y == b.y ? 0 : 1);
+        EXPECT_EQ(a < b, a.x < b.x && a.y < b.y ? 1 : 0);
+        EXPECT_EQ(a > b, a.x > b.x && a.y > b.y ? 1 : 0);
+        EXPECT_EQ(a <= b, a.x <= b.x && a.y <= b.y ? 1 : 0);
+        EXPECT_EQ(a >= b, a.x >= b.x && a.y >= b.y ? 1 : 0);
+        EXPECT_EQ(a + b == (rect + b).TopLeft(), 1);
+        EXPECT_EQ(a - b == (rect - b).TopLeft(), 1);
+        EXPECT_EQ((XFixPoint(a) += b) == a + b, 1);
+        EXPECT_EQ((XFixPoint(a) -= b) == a - b, 1);
 
-Pair Of(const XFixPoint& p) {
-    return std::bit_cast<Pair>(p);
-}
-
-TEST_F(FixRectangles, CornersAreReadAndWritten) {
-    XFixRect r(1, 2, 3, 4);
-    EXPECT_EQ(Of(r.TopRight()), (Pair{3, 2}));
-    EXPECT_EQ(Of(r.BottomRight()), (Pair{3, 4}));
-    EXPECT_EQ(Of(r.BottomLeft()), (Pair{1, 4}));
-    r.TopRight(XFixPoint(30, 20));
-    r.BottomLeft(XFixPoint(10, 40));
-    EXPECT_EQ(r == XFixRect(10, 20, 30, 40), 1);
-    r.TopLeft(XFixPoint(-1, -2));
-    r.BottomRight(XFixPoint(-3, -4));
-    EXPECT_EQ(r == XFixRect(-1, -2, -3, -4), 1);
-    r.Set(XFixPoint(8, 7), XFixPoint(6, 5));
-    EXPECT_EQ(r == XFixRect(8, 7, 6, 5), 1);
+        XFixRect other;
+        other.Set(b, a);
+        EXPECT_EQ(Widen(other), (Wide{b.y, b.x, a.y, a.x}));
+        other.TopRight(rect.TopRight());
+        other.BottomLeft(rect.BottomLeft());
+        EXPECT_EQ(Widen(other), (Wide{a.y, a.x, b.y, b.x}));
+        other.TopLeft(b);
+        other.BottomRight(a);
+        EXPECT_EQ(Widen(other), (Wide{b.y, b.x, a.y, a.x}));
+    }
 }
 
 TEST(FixPoint, ProductsAndQuotientsAreTheShortcuts) {
+    using Pair = std::array<std::int32_t, 2>;
+    const auto of = [](const XFixPoint& p) { return std::bit_cast<Pair>(p); };
     constexpr std::int32_t k1 = 0x00010000;
-    EXPECT_EQ(Of(XFixPoint(2 * k1, 3 * k1) * XFixPoint(k1 / 2, 2 * k1)), (Pair{k1, 6 * k1}));
     // Half of three steps is cut off where FixMul would round it.
-    EXPECT_EQ(Of(XFixPoint(3, -3) * XFixPoint(k1 / 2, k1 / 2)), (Pair{1, -1}));
-    EXPECT_EQ(Of(XFixPoint(k1, 0) / XFixPoint(0, k1)), (Pair{0x7FFFFFFF, 0}));
-    EXPECT_EQ(Of(XFixPoint(0, 5 * k1) / XFixPoint(0, -5 * k1)), (Pair{0, -k1}));
-    const XFixPoint two(2 * k1, 2 * k1);
-    XFixPoint point = two;
-    EXPECT_EQ(Of(point += XFixPoint(0, k1)), (Pair{2 * k1, 3 * k1}));
-    EXPECT_EQ(Of(point *= two), (Pair{4 * k1, 6 * k1}));
-    EXPECT_EQ(Of(point -= two), (Pair{2 * k1, 4 * k1}));
-    EXPECT_EQ(Of(point /= two), (Pair{k1, 2 * k1}));
-}
-
-TEST(FixPoint, OrdersAskBothCoordinates) {
-    const XFixPoint a(1, 5);
-    for (int x = 0; x < 3; ++x) {
-        for (int y = 4; y < 7; ++y) {
-            XFixPoint b(0, 0);
-            b.Set(x, y);
-            EXPECT_EQ(a == b, x == 1 && y == 5 ? 1 : 0);
-            EXPECT_EQ(a != b, x == 1 && y == 5 ? 0 : 1);
-            EXPECT_EQ(a<b, x> 1 && y > 5 ? 1 : 0);
-            EXPECT_EQ(a > b, x < 1 && y < 5 ? 1 : 0);
-            EXPECT_EQ(a <= b, x >= 1 && y >= 5 ? 1 : 0);
-            EXPECT_EQ(a >= b, x <= 1 && y <= 5 ? 1 : 0);
-        }
-    }
+    EXPECT_EQ(of(XFixPoint(3, -3) * XFixPoint(k1 / 2, k1 / 2)), (Pair{1, -1}));
+    EXPECT_EQ(of(XFixPoint(k1, 0) / XFixPoint(0, k1)), (Pair{0x7FFFFFFF, 0}));
+    EXPECT_EQ(of(XFixPoint(0, 5 * k1) / XFixPoint(0, -5 * k1)), (Pair{0, -k1}));
+    XFixPoint point(0, 0);
+    point.Set(2 * k1, 3 * k1);
+    EXPECT_EQ(of(point *= XFixPoint(2 * k1, 4 * k1)), (Pair{4 * k1, 12 * k1}));
+    EXPECT_EQ(of(point /= XFixPoint(k1, 2 * k1)), (Pair{4 * k1, 6 * k1}));
 }
 
 }  // namespace veldt::tests

@@ -15,8 +15,7 @@ struct Shared : XRCObject {
     ~Shared() override { ++endings; }
 };
 
-TEST(RCObject, TheLastOwnerEndsIt) {
-    endings = 0;
+TEST(RCObject, EndsWithItsLastOwnerAndSharesNothingWithCopies) {
     auto* object = new Shared;
     object->RemoveReference();
     for (const int shared : {0, 0, 1}) {
@@ -24,25 +23,21 @@ TEST(RCObject, TheLastOwnerEndsIt) {
         EXPECT_EQ(object->IsShared(), shared);
     }
     object->MarkUnshareable();
+    {
+        Shared copy(*object), assigned;
+        assigned = *object;
+        *object = Shared();
+        for (const Shared* other : {&copy, &assigned, object}) {
+            EXPECT_EQ(other->IsShared(), other == object ? 1 : 0);
+            EXPECT_EQ(other->IsShareable(), other == object ? 0 : 1);
+        }
+    }
+    endings = 0;
     object->RemoveReference();
     EXPECT_EQ(object->IsShared(), 0);
     EXPECT_EQ(endings, 0);
     object->RemoveReference();
     EXPECT_EQ(endings, 1);
-}
-
-TEST(RCObject, CopiesShareNeitherOwnersNorMark) {
-    Shared object;
-    object.AddReference();
-    object.AddReference();
-    object.MarkUnshareable();
-    Shared copy(object), assigned;
-    assigned = object;
-    object = Shared();
-    for (const Shared* other : {&copy, &assigned, &object}) {
-        EXPECT_EQ(other->IsShared(), other == &object ? 1 : 0);
-        EXPECT_EQ(other->IsShareable(), other == &object ? 0 : 1);
-    }
 }
 
 TEST(Counter, GivesTheNewValue) {
@@ -55,20 +50,15 @@ TEST(Counter, GivesTheNewValue) {
 int made = 0;
 
 void* MakeThing() {
-    return ++made, &made;
-}
-
-void* MakeNothing() {
-    return ++made, nullptr;
+    return ++made == 1 ? nullptr : &made;
 }
 
 TEST(RTObject, IsFilledOnce) {
     XRTObject slot;
     EXPECT_EQ(slot.GetDataNA(), nullptr);
-    EXPECT_EQ(slot.GetData(MakeNothing), nullptr);
+    EXPECT_EQ(slot.GetData(MakeThing), nullptr);
     EXPECT_EQ(slot.GetData(MakeThing), &made);
-    EXPECT_EQ(slot.GetData(MakeNothing), &made);
-    EXPECT_EQ(slot.GetDataNA(), &made);
+    EXPECT_EQ(slot.GetData(MakeThing), &made);
     slot.SetData(&slot);
     EXPECT_EQ(slot.GetData(MakeThing), &slot);
     EXPECT_EQ(made, 2);
@@ -86,8 +76,7 @@ struct IdSet : XIDSet {
 // Ids wrap at the ends of the range; an index, or an id's distance from the base, at 32.
 TEST(IDSet, RandomAgainstAWordOfBits) {
     std::mt19937 random(veldt::tests::Seed());
-    for (const std::uint32_t base :
-         {100u, 0u, 0xFFFFFFFBu, 0x80000000u, 0x7FFFFFFFu, 0x7FFFFFEBu}) {
+    for (const std::uint32_t base : {0u, 100u, 0x7FFFFFEBu, 0xFFFFFFFBu}) {
         IdSet set(static_cast<std::int32_t>(base));
         std::uint32_t used = 0;
         for (int step = 0; step < 5000 && !HasFailure(); ++step) {

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <iomanip>
-#include <map>
 #include <numeric>
 #include <ranges>
 #include <sstream>
@@ -38,13 +37,6 @@ struct Job {
     void* prev;
 };
 
-template <class Range>
-std::vector<int> Numbers(const Range& range) {
-    std::vector<int> numbers;
-    for (const Job& job : range) numbers.push_back(job.number);
-    return numbers;
-}
-
 static_assert(std::forward_iterator<std::ranges::iterator_t<const XSinglePtrList>>);
 static_assert(!std::bidirectional_iterator<std::ranges::iterator_t<XIntrusiveSingleList>>);
 static_assert(std::ranges::sized_range<XElementRange<const Job, XIntrusiveSingleList>>);
@@ -63,21 +55,17 @@ TEST(StdStrings, EveryFormGivesAndTakesAView) {
     EXPECT_EQ(XStringView(XPascalStrFrom(XStringView(pascal).substr(1), pascal)), text.substr(1));
     EXPECT_EQ(XStringView(XPascalStrFrom("truncated", pascal, 5)), "trunc");
     EXPECT_EQ(pascal[6], 0) << "written beyond the limit";
-    EXPECT_TRUE(XStringView(XCStringFrom({})).empty());
     EXPECT_THROW(XCStringFrom({pascal[0] ? "" : nullptr, SIZE_MAX / 2}), std::bad_alloc);
 }
 
-TEST(StdStrings, HashesAgreeWithEquality) {
+TEST(StdStrings, HashAsTheyCompareAndPrintWhole) {
     const std::unordered_set<XCString> shared{XCStringFrom("a\0b"sv), XCString("c")};
     EXPECT_EQ(shared.count(XCString("a")), 1U) << "== sees the text before the zero byte";
     const std::unordered_set<XStr<7>> fixed{XStr<7>("a\0b"sv), XStr<7>("a")};
     EXPECT_EQ(fixed.size(), 2U) << "== sees all of the text";
     EXPECT_EQ(fixed.count(XStr<7>("a\0b"sv)), 1U);
-}
-
-TEST(StdStrings, StreamsKeepWidthFillAndZeroBytes) {
     std::ostringstream stream;
-    stream << std::setfill('.') << std::setw(5) << XCStringFrom("a\0b"sv) << std::left
+    stream << std::setfill('.') << std::setw(5) << *shared.find(XCString("a")) << std::left
            << std::setw(4) << XStr<9>("xy");
     EXPECT_EQ(stream.str(), "..a\0bxy.."sv);
 #ifdef __cpp_lib_format
@@ -101,16 +89,18 @@ TEST(StdRanges, PointerListIsReadAndWritten) {
 TEST(StdRanges, IntrusiveListsGiveTheirElements) {
     Job jobs[4] = {{3, {}, {}}, {1, {}, {}}, {4, {}, {}}, {1, {}, {}}};
     XIntrusiveSingleList single(offsetof(Job, next));
+    XIntrusiveDoubleList both(offsetof(Job, next), offsetof(Job, prev));
     for (Job& job : jobs) single.AddHead(&job);
-    EXPECT_EQ(Numbers(XElements<const Job>(single)), (std::vector{1, 4, 1, 3}));
+    EXPECT_TRUE(std::ranges::equal(XElements<const Job>(single), std::vector{1, 4, 1, 3}, {},
+                                   &Job::number));
     EXPECT_EQ(std::ranges::distance(single), 4);
     single.RemoveAll();
 
     for (Job& job : jobs) job.next = nullptr;
-    XIntrusiveDoubleList both(offsetof(Job, next), offsetof(Job, prev));
     for (Job& job : jobs) both.AddTail(&job);
-    EXPECT_EQ(Numbers(XElements<Job>(both) | std::views::reverse), (std::vector{1, 4, 1, 3}));
     for (Job& job : XElements<Job>(both)) job.number *= 2;
+    EXPECT_TRUE(std::ranges::equal(XElements<Job>(both) | std::views::reverse,
+                                   std::vector{2, 8, 2, 6}, {}, &Job::number));
     EXPECT_EQ(std::ranges::max_element(XElements<Job>(both), {}, &Job::number).Position(),
               both.FindIndex(2));
     EXPECT_EQ(*std::ranges::prev(end(both)), &jobs[3]);
@@ -146,7 +136,7 @@ TEST_F(StdMemory, OwnersDisposeAndLocksRestoreWhatTheyFound) {
     XHLock(line.get());
     line.reset(_XNewHandle(5000));
     EXPECT_EQ(XGetHandleSize(line.get()), 5000);
-    for (const char former : {'\0', '\1', '\3', '~', '\177'}) {
+    for (const char former : {'\0', '\3', '~', '\177'}) {
         XHSetState(line.get(), former);
         {
             const XHandleLock outer(line.get());
@@ -164,17 +154,20 @@ TEST_F(StdMemory, OwnersDisposeAndLocksRestoreWhatTheyFound) {
 
 TEST_F(StdMemory, TheResourceHonoursEveryAlignmentAndSaysWhenMemoryRunsOut) {
     std::pmr::memory_resource& resource = *XGetMemoryResource();
-    std::pmr::map<std::pair<std::size_t, std::size_t>, char*> blocks(&resource);
+    struct Block {
+        std::size_t size, alignment;
+        char* bytes;
+    };
+    std::pmr::vector<Block> blocks(&resource);
     for (std::size_t alignment = 1; alignment <= 16384; alignment *= 2) {
-        for (const std::size_t size : {0, 1, 24, 100, 5000}) {
+        for (const std::size_t size : {0, 1, 100, 5000}) {
             auto* bytes = static_cast<char*>(resource.allocate(size, alignment));
             ASSERT_EQ(reinterpret_cast<std::uintptr_t>(bytes) % alignment, 0U);
             std::fill_n(bytes, size, static_cast<char>(size + alignment));
-            blocks[{size, alignment}] = bytes;
+            blocks.push_back({size, alignment, bytes});
         }
     }
-    for (const auto& [key, bytes] : blocks) {
-        const auto [size, alignment] = key;
+    for (const auto& [size, alignment, bytes] : blocks) {
         EXPECT_EQ(std::string(bytes, size), std::string(size, static_cast<char>(size + alignment)));
         resource.deallocate(bytes, size, alignment);
     }

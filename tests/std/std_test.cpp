@@ -53,7 +53,7 @@ TEST(StdStrings, EveryFormGivesAndTakesAView) {
     unsigned char pascal[8] = {};
     EXPECT_EQ(XStringView(XPascalStrFrom(text, pascal)), text);
     EXPECT_EQ(XStringView(XPascalStrFrom(XStringView(pascal).substr(1), pascal)), text.substr(1));
-    EXPECT_EQ(XStringView(XPascalStrFrom("truncated", pascal, 5)), "trunc");
+    EXPECT_EQ(XStringView(XPascalStrFrom("trunca", pascal, 5)), "trunc");
     EXPECT_EQ(pascal[6], 0) << "written beyond the limit";
     EXPECT_THROW(XCStringFrom({pascal[0] ? "" : nullptr, SIZE_MAX / 2}), std::bad_alloc);
 }

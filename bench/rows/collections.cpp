@@ -5,11 +5,13 @@
 #include <boost/container/vector.hpp>
 #include <boost/intrusive/list.hpp>
 #include <boost/intrusive/slist.hpp>
+#include <boost/version.hpp>
 #include <cstddef>
 #include <forward_list>
 #include <list>
 #include <memory>
 #include <new>
+#include <string>
 
 #include "suite/work.h"
 
@@ -256,6 +258,11 @@ struct StackTheirs {
     List list;
 };
 
+std::string BoostVersion() {
+    return std::to_string(BOOST_VERSION / 100000) + "." +
+           std::to_string(BOOST_VERSION / 100 % 1000);
+}
+
 }  // namespace
 
 Section Collections() {
@@ -266,8 +273,9 @@ Section Collections() {
     return {
         "Arrays and lists",
         "The time of one of a thousand elements, beside std::vector, std::forward_list, "
-        "std::list, and of Boost container::vector, container::slist, intrusive::list, "
-        "intrusive::slist.",
+        "std::list, and container::vector, container::slist, intrusive::list and intrusive::slist "
+        "of Boost " +
+            BoostVersion() + ".",
         {{"VELDT20", ""}, {"std", ""}, {"Boost", ""}},
         {{"XDynArrayImp, append",
           {},

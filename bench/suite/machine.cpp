@@ -3,7 +3,6 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
-#include <boost/version.hpp>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -40,13 +39,14 @@ std::string System() {
            ", compiler " + __VERSION__ + ", -O3 and link-time optimisation.";
 }
 
-std::string Contestants(const std::set<std::string>& allocators) {
-    std::string text = "Beside it:";
-    for (const std::string& allocator : allocators) {
-        text += " " + allocator + ",";
+std::string Allocators(const std::set<std::string>& names) {
+    std::string text = "Allocators beside it:";
+    const char* before = " ";
+    for (const std::string& name : names) {
+        text += before + name;
+        before = ", ";
     }
-    return text + " Boost " + std::to_string(BOOST_VERSION / 100000) + "." +
-           std::to_string(BOOST_VERSION / 100 % 1000) + ".";
+    return text + ".";
 }
 
 std::string Load() {
@@ -61,7 +61,7 @@ std::string Load() {
 }  // namespace
 
 std::vector<std::string> DescribeMachine(const std::set<std::string>& allocators) {
-    return {Machine(), System(), Contestants(allocators), Load()};
+    return {Machine(), System(), Allocators(allocators), Load()};
 }
 
 }  // namespace veldt::bench

@@ -1,6 +1,7 @@
 #include "heap/address_map.h"
 
 #include "heap/block_life.h"
+#include "heap/regions.h"
 #include "platform/platform.h"
 
 namespace veldt::heap {
@@ -32,7 +33,7 @@ AddressZone* NewZone() {
 
 void DropZone(AddressZone* zone) {
     if constexpr (kZones > 1) {
-        VirtualFree(zone, 0, MEM_RELEASE);
+        RegionFree(zone);
     }
 }
 
@@ -50,6 +51,15 @@ bool AddZone(std::uint64_t number) {
         DropZone(made);
     }
     return true;
+}
+
+void DropZones() {
+    for (std::atomic<AddressZone*>& place : addressZones) {
+        if (AddressZone* zone = place.load(); zone != nullptr) {
+            place.store(nullptr);
+            DropZone(zone);
+        }
+    }
 }
 
 }  // namespace veldt::heap

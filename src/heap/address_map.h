@@ -52,6 +52,8 @@ inline AddressZone* ZoneOf(std::uintptr_t address) {
 
 /// Makes the map of a zone that has none. False: out of memory.
 bool AddZone(std::uint64_t number);
+/// Gives all maps back to the system. No region is left.
+void DropZones();
 
 /// Sees to it that the map has room for the units of [base, base + 65536). False: out of memory.
 inline bool AddressMapCover(const void* base) {

@@ -98,6 +98,16 @@ bool ReleaseEmptyPages(HeapPool* pool, PageKind kind) {
     return true;
 }
 
+/// When the module goes, what the heap keeps for the next pool goes with it. A pool that is left
+/// keeps its blocks, and all that belongs to them.
+[[gnu::destructor]] void GiveAllBack() {
+    if (heapRegistry.pools == nullptr) {
+        DropRingNodes();
+        DropZones();
+        GiveBackAddressSpace();
+    }
+}
+
 }  // namespace
 
 HeapPool* PoolCreate(std::uint16_t fixedSize, std::uint32_t count, std::uint32_t flags) {

@@ -4,6 +4,7 @@
 
 #include "heap/block_life.h"
 #include "heap/locks.h"
+#include "heap/regions.h"
 
 namespace veldt::heap {
 
@@ -18,6 +19,7 @@ constexpr std::uint32_t kMostAtOnce = 8;
 constexpr std::uint32_t kBeforeNodes = 2 * alignof(RingNode);
 constexpr std::uint32_t kBatch = (kRegionUnit - kBeforeNodes) / sizeof(RingNode);
 
+char* nodeRegions = nullptr;     ///< linked through each region's first word
 RingNode* spareNodes = nullptr;  ///< linked through parent
 std::uint32_t spareCount = 0;
 
@@ -72,11 +74,23 @@ bool RingNodesAtHand() {
         return false;
     }
     RegionBegan(region, kRegionUnit);
+    Store(region, nodeRegions);
+    nodeRegions = region;
     auto* batch = reinterpret_cast<RingNode*>(region + kBeforeNodes);
     for (std::uint32_t i = kBatch; i > 0; --i) {
         Push(batch + i - 1);
     }
     return true;
+}
+
+void DropRingNodes() {
+    while (nodeRegions != nullptr) {
+        char* region = nodeRegions;
+        nodeRegions = Load<char*>(region);
+        RegionFree(region);
+    }
+    spareNodes = nullptr;
+    spareCount = 0;
 }
 
 RingNode* TakeRingNode(bool isLeaf) {

@@ -101,5 +101,7 @@ bool RingNodesAtHand();
 RingNode* TakeRingNode(bool isLeaf);
 /// Takes the registry lock itself.
 void GiveRingNode(RingNode* node);
+/// Gives the store back to the system. No pool is left, and so no node is in use.
+void DropRingNodes();
 
 }  // namespace veldt::heap

@@ -66,6 +66,9 @@ SIZE_T VirtualQuery(const void* address, MEMORY_BASIC_INFORMATION* info, SIZE_T 
 /// Gives the system the memory that is kept for the next reservations.
 void GiveBackIdleMemory();
 
+/// Gives the system all address space back, unless there still is a reservation.
+void GiveBackAddressSpace();
+
 // Locks and threads: CRITICAL_SECTION, InitializeCriticalSection, EnterCriticalSection,
 // LeaveCriticalSection, DeleteCriticalSection, GetCurrentThreadId, OnlyThread -- (posix/locks.h)
 

@@ -246,8 +246,8 @@ BOOL VirtualFree(void* address, SIZE_T size, DWORD type) {
     return Refuse(ERROR_INVALID_PARAMETER), 0;
 }
 
-// Without the lock: the tables of a stretch stay for good, and of the entry of a live region only
-// what is committed changes that is read here, when its owner says so.
+// Without the lock: the tables of a stretch stay as long as the module, and of the entry of a live
+// region only what is committed changes that is read here, when its owner says so.
 SIZE_T VirtualQuery(const void* address, MEMORY_BASIC_INFORMATION* info, SIZE_T length) {
     Unit* entry = RegionAt(address);
     if (entry == nullptr || length < sizeof *info) {

@@ -106,4 +106,10 @@ void GiveBackIdleMemory() {
     TrimAll();
 }
 
+void GiveBackAddressSpace() {
+    const LockGuard guard(addressSpace.lock);
+    TrimAll();
+    DropStretches();
+}
+
 }  // namespace veldt::platform

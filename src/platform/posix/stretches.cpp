@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <span>
 
 namespace veldt::platform {
 
@@ -60,9 +61,17 @@ bool AddStretch(std::size_t bytes) {
     stretch.count = static_cast<std::uint32_t>(units);
     stretchTable.entries[index] =
         reinterpret_cast<std::uintptr_t>(table) - std::uintptr_t{stretch.first} * sizeof(Unit);
-    std::fill_n(stretchTable.root + (stretch.first >> (kSlotShift - kUnitShift)),
-                bytes >> kSlotShift, static_cast<std::uint8_t>(index));
+    std::fill_n(stretchTable.root + SlotOf(stretch.first), bytes >> kSlotShift,
+                static_cast<std::uint8_t>(index));
     return true;
+}
+
+void DropStretch(Stretch& stretch) {
+    const std::size_t bytes = std::size_t{stretch.count} << kUnitShift;
+    std::fill_n(stretchTable.root + SlotOf(stretch.first), bytes >> kSlotShift, std::uint8_t{0});
+    Unmap(BaseOf(stretch.first), bytes);
+    Unmap(reinterpret_cast<std::byte*>(stretch.units), stretch.count * sizeof(Unit));
+    stretch = {};
 }
 
 /// Adds a stretch that holds at least `span` units, as large as the kernel allows.
@@ -115,6 +124,15 @@ Run Carve(std::uint32_t span) {
     }
     return AddStretchFor(span) ? CarveFrom(stretchTable.stretches[stretchTable.count], span)
                                : Run{};
+}
+
+void DropStretches() {
+    const std::span stretches(stretchTable.stretches + 1, stretchTable.count);
+    if (std::ranges::any_of(stretches, [](const Stretch& s) { return s.carved != 0; })) return;
+    for (Stretch& stretch : stretches) {
+        DropStretch(stretch);
+    }
+    stretchTable.count = 0;
 }
 
 void GiveBack(std::byte* base, std::size_t bytes) {

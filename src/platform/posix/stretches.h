@@ -76,8 +76,12 @@ struct StretchTable {
 
 extern StretchTable stretchTable;
 
+inline std::size_t SlotOf(UnitNumber unit) {
+    return unit >> (kSlotShift - kUnitShift);
+}
+
 inline std::size_t StretchIndexOf(UnitNumber unit) {
-    return stretchTable.root[unit >> (kSlotShift - kUnitShift)];
+    return stretchTable.root[SlotOf(unit)];
 }
 
 inline Stretch& StretchOf(UnitNumber unit) {
@@ -116,6 +120,9 @@ Run Carve(std::uint32_t span);
 
 /// Gives the memory of pages back to the kernel.
 void GiveBack(std::byte* base, std::size_t bytes);
+
+/// Gives the kernel all stretches back, if no unit of any is in use or warm.
+void DropStretches();
 
 /// System calls made for address space since the start.
 extern std::uint64_t addressSpaceSystemCalls;

@@ -98,5 +98,6 @@ inline bool OnlyThread() {
 
 /// The system keeps nothing of what has been given back.
 inline void GiveBackIdleMemory() {}
+inline void GiveBackAddressSpace() {}
 
 }  // namespace veldt::platform

@@ -1,0 +1,104 @@
+// usage: unload MODULE
+//
+// What comes and goes with a module that a program loads and unloads again and again: all address
+// space, unless a pool is left whose blocks the program may still read.
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <initializer_list>
+
+#if defined(_WIN32)
+#include "platform.h"
+#else
+#include <dlfcn.h>
+#endif
+
+namespace {
+
+#if defined(_WIN32)
+
+HMODULE Load(const char* path) {
+    return LoadLibraryA(path);
+}
+void Unload(HMODULE module) {
+    FreeLibrary(module);
+}
+void* Symbol(HMODULE module, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(module, name));
+}
+
+/// Bytes of address space that are not free.
+std::size_t InUse() {
+    std::size_t bytes = 0;
+    MEMORY_BASIC_INFORMATION part;
+    for (const char* at = nullptr; VirtualQuery(at, &part, sizeof part) != 0;
+         at += part.RegionSize) {
+        bytes += part.State != MEM_FREE ? part.RegionSize : 0;
+    }
+    return bytes;
+}
+
+#else
+
+void* Load(const char* path) {
+    return dlopen(path, RTLD_NOW | RTLD_LOCAL);
+}
+void Unload(void* module) {
+    dlclose(module);
+}
+void* Symbol(void* module, const char* name) {
+    return dlsym(module, name);
+}
+
+/// Pages of address space that are not free.
+std::size_t InUse() {
+    std::size_t pages = 0;
+    std::FILE* file = std::fopen("/proc/self/statm", "r");
+    if (file == nullptr || std::fscanf(file, "%zu", &pages) != 1) std::perror("statm");
+    std::fclose(file);
+    return pages;
+}
+
+#endif
+
+/// Loads the module, makes blocks of every kind, and unloads it. Gives the first of the blocks,
+/// which is worth something if the pool was left.
+char* Use(const char* path, bool leavePool) {
+    auto* module = Load(path);
+    if (module == nullptr) return nullptr;
+    const auto init = reinterpret_cast<int (*)()>(Symbol(module, "_Z16XMemInitInstancev"));
+    const auto exit = reinterpret_cast<void (*)()>(Symbol(module, "_Z16XMemExitInstancev"));
+    const auto make = reinterpret_cast<char* (*)(int)>(Symbol(module, "_Z8_XNewPtri"));
+    char* first = nullptr;
+    if (init() == 1) {
+        first = make(10);
+        std::strcpy(first, "not lost");
+        for (const int size : {10, 1000, 100'000}) {
+            make(size);
+        }
+    }
+    if (!leavePool) exit();
+    Unload(module);
+    return first;
+}
+
+}  // namespace
+
+int main(int, char** arguments) {
+    const char* const path = arguments[1];
+    // The first times the system's loader keeps something of its own.
+    std::size_t before = 0;
+    for (int i = 0; i < 20; ++i) {
+        if (i == 4) before = InUse();
+        if (Use(path, false) == nullptr) {
+            std::printf("%s can't be loaded and used\n", path);
+            return 1;
+        }
+    }
+    const std::size_t after = InUse();
+    const char* const left = Use(path, true);
+    const bool kept = std::strcmp(left, "not lost") == 0;
+    std::printf("in use after 4 times: %zu, after 20: %zu; a block left behind reads '%s'\n",
+                before, after, left);
+    return before == after && kept ? 0 : 1;
+}

@@ -19,7 +19,8 @@ inline constexpr std::int16_t kMemBadBlock = -111;
 
 /// Creates the instance's heap. Gives 1, or 0 (and kMemFull) if the system has no room for it.
 VELDT20_API int XMemInitInstance(void);
-/// Gives everything back: every pointer and handle dies here, disposed or not.
+/// Gives everything back: every pointer and handle dies here, disposed or not. After it,
+/// unloading the module gives back its address space as well.
 VELDT20_API void XMemExitInstance(void);
 /// The result of the last memory call, for all threads together.
 VELDT20_API std::int16_t XMemError(void);

@@ -74,6 +74,7 @@ Section Fragmentation() {
             {Fragmenting<Handles>(CompactOurs), Fragmenting<CLibrary>(GiveBack)},
             Unit::kTimesLive,
             true};
+    row.processes = 3;
     row.rounds = 1;
     return {"Resident memory over live bytes",
             "64 MB of blocks of 16 to 2000 bytes, nine in ten disposed at random; then each gives "

@@ -30,10 +30,10 @@ enum UnitMark : std::uint8_t {
 struct AddressZone {
     static constexpr std::uint32_t kUnits = 1U << 16;
 
-    std::uint8_t marks[kUnits];
     /// Of a unit at whose base a page stands: how many bytes behind the page's header block data
     /// may begin. 0 for all others.
     std::uint16_t reaches[kUnits];
+    std::uint8_t marks[kUnits];
     UnitNote notes[kUnits];
 };
 

@@ -16,7 +16,7 @@ namespace veldt::heap {
 /// A block, or null, and the bytes that it can hold.
 struct Grant {
     char* block;
-    std::uint32_t usable;
+    std::size_t usable;
 };
 
 inline bool IsSerialised(const HeapPool* pool) {
@@ -81,7 +81,7 @@ template <class Succeeds>
         FixedFreeInPage(page, block);
         return true;
     }
-    const unsigned header = HeaderOf(HeaderOfData(block));
+    const std::size_t header = HeaderOf(HeaderOfData(block));
     if (signature != (kPageSignature | kKindVariable) || IsSerialised(page->pool) ||
         !IsPlainBlock(block, header)) {
         return false;
@@ -133,7 +133,7 @@ template <class Succeeds>
         return false;
     }
     HeapPage* page = PageBase(data);
-    const unsigned header = HeaderOf(HeaderOfData(data));
+    const std::size_t header = HeaderOf(HeaderOfData(data));
     if (page->signature != (kPageSignature | kKindRelocatable) || !IsOwned(header) ||
         slot->lockCount != 0 || IsSerialised(page->pool)) {
         return false;

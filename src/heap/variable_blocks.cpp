@@ -172,7 +172,7 @@ void VariableFree(char* data) {
     FreeInPage(PageBase(data), HeaderOfData(data), HeaderOf(HeaderOfData(data)));
 }
 
-void AfterFree(HeapPage* page, unsigned size, bool slidable) {
+void AfterFree(HeapPage* page, std::size_t size, bool slidable) {
     if (size > page->link->freeHint) {
         SetFreeHint(page->link, static_cast<std::uint16_t>(size));
     }

@@ -57,7 +57,7 @@ VELDT20_EXEMPT inline std::uint16_t HeaderOf(const char* block) {
     const Exempt exempt;
     return __atomic_load_n(reinterpret_cast<const std::uint16_t*>(block), __ATOMIC_RELAXED);
 }
-VELDT20_EXEMPT inline void SetHeader(char* block, unsigned word) {
+VELDT20_EXEMPT inline void SetHeader(char* block, std::size_t word) {
     const Exempt exempt;
     __atomic_store_n(reinterpret_cast<std::uint16_t*>(block), static_cast<std::uint16_t>(word),
                      __ATOMIC_RELAXED);
@@ -86,7 +86,7 @@ inline char* BlockAfter(char* block) {
 inline std::uint16_t FooterBefore(const char* block) {
     return Load<std::uint16_t>(block - kFooterSize);
 }
-inline void SetFooterBefore(char* block, unsigned size) {
+inline void SetFooterBefore(char* block, std::size_t size) {
     Store(block - kFooterSize, static_cast<std::uint16_t>(size));
 }
 
@@ -98,14 +98,14 @@ inline char* DataOf(char* block) {
 }
 
 /// Whether `header` can be that of a block in use that a handle owns.
-inline bool IsOwned(unsigned header) {
+inline bool IsOwned(std::size_t header) {
     constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
     return (header & kOwned) == kOwned;
 }
 
 /// Whether `data`, an address in a page of these blocks with `header` before it, can be that of a
 /// block in use that no handle owns.
-inline bool IsPlainBlock(const char* data, unsigned header) {
+inline bool IsPlainBlock(const char* data, std::size_t header) {
     constexpr unsigned kOwned = kBlockInUse | kBlockRelocatable;
     return OffsetInUnit(data) % kGranule == 0 && (header & kOwned) == kBlockInUse;
 }

@@ -9,7 +9,7 @@
 namespace veldt::heap {
 
 /// Makes `block` a free one of `size` bytes behind a block in use; the one after it knows already.
-inline void MakeFree(char* block, unsigned size) {
+inline void MakeFree(char* block, std::size_t size) {
     SetHeader(block, size | kPreviousInUse);
     SetFooterBefore(block + size, size);
 }
@@ -17,7 +17,7 @@ inline void MakeFree(char* block, unsigned size) {
 /// A block in use, or null, and its size.
 struct Taken {
     char* block;
-    unsigned size;
+    std::size_t size;
     /// Of the page, if its hint has risen by that, or null. The caller tells the index, at the end.
     const PageLink* raised;
 };
@@ -35,10 +35,10 @@ inline const PageLink* NothingToSlide(const HeapPage* page) {
 
 /// Uses the free block that a search has found, which has this header: cuts `need` bytes off it by
 /// the page's rules, and leaves the rover where the next search starts.
-[[gnu::always_inline]] inline Taken TakeFound(HeapPage* page, char* found, unsigned header,
-                                              std::uint16_t need, std::uint32_t flags) {
-    unsigned size = need;
-    const unsigned rest = (header & kFreeSizeMask) - need;
+[[gnu::always_inline]] inline Taken TakeFound(HeapPage* page, char* found, std::size_t header,
+                                              std::size_t need, std::uint32_t flags) {
+    std::size_t size = need;
+    const std::size_t rest = (header & kFreeSizeMask) - need;
     char* next = RingNext(found);
     bool atMostOneFree = false;
     if (rest < page->splitThreshold) {
@@ -74,14 +74,14 @@ inline const PageLink* NothingToSlide(const HeapPage* page) {
 /// comes to. Null, and nothing done, if neither suffices. The rover is often at the sentinel, so
 /// that the first is none.
 [[gnu::always_inline]] inline Taken TakeNearRover(const HeapPool* pool, PageKind kind,
-                                                  std::uint16_t need, std::uint32_t flags) {
+                                                  std::size_t need, std::uint32_t flags) {
     const PageLink* link = pool->pageLists[kind];
     if (link == nullptr || need > link->freeHint) {
         return {};
     }
     HeapPage* page = link->page;
     char* found = page->rover;
-    unsigned header = HeaderOf(found);
+    std::size_t header = HeaderOf(found);
     if (header < need) {
         found = RingNext(found);
         header = HeaderOf(found);
@@ -93,19 +93,13 @@ inline const PageLink* NothingToSlide(const HeapPage* page) {
 }
 
 /// The rarer ends of a free that has made a free block of `size` bytes.
-[[gnu::noinline]] void AfterFree(HeapPage* page, unsigned size, bool slidable);
+[[gnu::noinline]] void AfterFree(HeapPage* page, std::size_t size, bool slidable);
 
-/// Frees a block in use whose header is `header`.
-[[gnu::always_inline]] inline void FreeInPage(HeapPage* page, char* block, unsigned header) {
-    const bool joinsPrevious = (header & kPreviousInUse) == 0;
-    unsigned size = header & kUsedSizeMask;
-    char* after = block + size;
-    if (joinsPrevious) {
-        const unsigned before = FooterBefore(block);
-        block -= before;
-        size += before;
-    }
-    unsigned headerAfter = HeaderOf(after);
+/// Makes `size` bytes from `block` on, behind a block in use, one free block with a free block that
+/// may follow them. Its size.
+[[gnu::always_inline]] inline std::size_t FreeWithNext(HeapPage* page, char* block,
+                                                       std::size_t size, char* after) {
+    std::size_t headerAfter = HeaderOf(after);
     if ((headerAfter & kBlockInUse) == 0) {
         if (after == page->rover) {
             page->rover = block;
@@ -115,18 +109,33 @@ inline const PageLink* NothingToSlide(const HeapPage* page) {
         after = block + size;
         headerAfter = HeaderOf(after);
     }
-    MakeFree(block, size);
-    SetHeader(after, headerAfter & ~unsigned{kPreviousInUse});
-    bool slidable = false;
-    if (!joinsPrevious) {
-        slidable = RingNext(page->sentinel) != page->sentinel &&
-                   (page->link->linkFlags & kNothingToSlide) != 0;
-        InsertFree(page, block);
-    }
-    const unsigned blockCount = --page->blockCount;
-    if (size > page->link->freeHint || slidable || blockCount == 0) [[unlikely]] {
+    SetHeader(block, size | kPreviousInUse);
+    SetFooterBefore(after, size);
+    SetHeader(after, headerAfter & ~std::size_t{kPreviousInUse});
+    return size;
+}
+
+/// Counts a block less, of which a free one of `size` bytes came.
+[[gnu::always_inline]] inline void CountFreed(HeapPage* page, std::size_t size, bool slidable) {
+    if (--page->blockCount == 0 || size > page->link->freeHint || slidable) [[unlikely]] {
         AfterFree(page, size, slidable);
     }
+}
+
+/// Frees a block in use whose header is `header`.
+[[gnu::always_inline]] inline void FreeInPage(HeapPage* page, char* block, std::size_t header) {
+    std::size_t size = header & kUsedSizeMask;
+    char* after = block + size;
+    if ((header & kPreviousInUse) == 0) {
+        const std::size_t before = FooterBefore(block);
+        size = FreeWithNext(page, block - before, before + size, after);
+        CountFreed(page, size, false);
+        return;
+    }
+    size = FreeWithNext(page, block, size, after);
+    const bool slidable =
+        !InsertFree(page, block) && (page->link->linkFlags & kNothingToSlide) != 0;
+    CountFreed(page, size, slidable);
 }
 
 }  // namespace veldt::heap

@@ -42,7 +42,7 @@ std::int16_t MemGetState(char** h, char* state);
 std::int16_t MemSetState(char** h, char state);
 
 /// Writes the excess of a block of `physical` bytes that holds `logical`.
-void WriteExcess(char* block, std::uint32_t physical, std::uint32_t logical);
+void WriteExcess(char* block, std::size_t physical, std::uint32_t logical);
 std::uint32_t ReadExcess(const char* block, std::uint32_t physical);
 
 }  // namespace veldt::memory

@@ -9,7 +9,7 @@ namespace veldt::memory {
 
 using namespace heap;
 
-void WriteExcess(char* block, std::uint32_t physical, std::uint32_t logical) {
+void WriteExcess(char* block, std::size_t physical, std::uint32_t logical) {
     Store(block + physical - kExcessSize, static_cast<std::uint16_t>(physical - logical));
 }
 

@@ -155,12 +155,7 @@ class WideSearch {
 
     template <typename Result>
     VELDT20_WIDE static auto Run(const char* a, const char* b, std::size_t length, Result result) {
-        if (length <= 2 * kStep) {
-            const std::size_t last = length - kStep;
-            const std::uint64_t stops = Both(Step(a, b), Step(a + last, b + last));
-            return result(a, b, stops != 0 ? PlaceInTwo<__m256i>(First(stops), length) : length);
-        }
-        return result(a, b, InBlocks(a, b, length));
+        return result(a, b, length <= 2 * kStep ? InTwo(a, b, length) : InBlocks(a, b, length));
     }
 
   private:
@@ -176,6 +171,13 @@ class WideSearch {
 
     VELDT20_WIDE static std::uint64_t Both(__m256i first, __m256i second) {
         return Zeros(first) | std::uint64_t{Zeros(second)} << kStep;
+    }
+
+    /// For more than one step and at most two, which then overlap.
+    VELDT20_WIDE_WITHIN static std::size_t InTwo(const char* a, const char* b, std::size_t length) {
+        const std::size_t last = length - kStep;
+        const std::uint64_t stops = Both(Step(a, b), Step(a + last, b + last));
+        return stops != 0 ? PlaceInTwo<__m256i>(First(stops), length) : length;
     }
 
     /// For more than two steps and at most four, which then overlap.
@@ -197,14 +199,19 @@ class WideSearch {
     VELDT20_WIDE_WITHIN static std::size_t InBlocks(const char* a, const char* b,
                                                     std::size_t length) {
         if (length <= kBlock) return InBlock(a, b, length);
-        const std::size_t last = length - kBlock;
-        for (std::size_t i = 0; i < last;) {
+        // From the second block on at least `a` is aligned.
+        std::size_t step = kBlock - reinterpret_cast<std::uintptr_t>(a) % kStep;
+        std::size_t i = 0;
+        for (; i < length - kBlock; i += step, step = kBlock) {
             const std::size_t stop = InBlock(a + i, b + i, kBlock);
             if (stop != kBlock) return i + stop;
-            // From the second block on at least `a` is aligned.
-            i += kBlock - reinterpret_cast<std::uintptr_t>(a + i) % kStep;
         }
-        return last + InBlock(a + last, b + last, kBlock);
+        if (length - i <= 2 * kStep) {
+            i = length - 2 * kStep;
+            return i + InTwo(a + i, b + i, 2 * kStep);
+        }
+        i = length - kBlock;
+        return i + InBlock(a + i, b + i, kBlock);
     }
 
     static constexpr std::size_t kBlock = 4 * kStep;

@@ -12,32 +12,14 @@ constexpr std::uint32_t ForBlockOf(std::uint32_t total) {
     return total * kScale - kHeaderSize;
 }
 
-TEST(VariableBlocks, FreeBlockIsUsedWholeIfTheRestIsTooSmall) {
-    struct Row {
-        std::uint32_t freeBlock, need, given;
-    };
-    // Where there are blocks of 20: a rest of 20 is kept, one of 24 is split off.
-    for (const Row row : {Row{40, 20, 40}, Row{44, 20, 20}, Row{24, 24, 24}}) {
-        TestPool pool;
-        VariableAlloc(pool, 0, ForBlockOf(16));
-        char* block = VariableAlloc(pool, 0, ForBlockOf(row.freeBlock));
-        VariableAlloc(pool, 0, ForBlockOf(16));
-        PoolFree(block);
-        PageBase(block)->rover = HeaderOfData(block);
-        char* given = VariableAlloc(pool, 0, ForBlockOf(row.need));
-        EXPECT_EQ(PoolBlockSize(given), ForBlockOf(row.given));
-        EXPECT_EQ(given - block, (row.freeBlock - row.given) * kScale) << "the high end";
-    }
-}
-
 TEST(VariableBlocks, SearchGoesOnWhereItEnded) {
-    TestPool pool(0);
+    TestPool pool;  // with blocks of 20: a rest of 20 is kept, one of 24 is split off
     const auto take = [&pool](std::uint32_t size, std::uint32_t flags = AllocLowEnd) {
         return VariableAlloc(pool, flags | AllocNoNewPage | AllocNoLarge, ForBlockOf(size));
     };
     PoolPreallocate(pool, 1, 4);
     std::vector<char*> blocks;
-    for (const std::uint32_t size : {40, 16, 40, 16, 40, 16}) blocks.push_back(take(size));
+    for (const std::uint32_t size : {44, 16, 44, 16, 40, 16}) blocks.push_back(take(size));
     while (take(64) != nullptr || take(16) != nullptr) {
     }
     HeapPage* page = PageBase(blocks[0]);
@@ -47,14 +29,14 @@ TEST(VariableBlocks, SearchGoesOnWhereItEnded) {
 
     EXPECT_EQ(take(40), blocks[4]) << "the newest stands next to the root";
     EXPECT_EQ(page->rover, HeaderOfData(blocks[2]));
-    EXPECT_EQ(take(20, 0), blocks[2] + 20 * kScale) << "the high end";
+    EXPECT_EQ(take(20, 0), blocks[2] + 24 * kScale) << "the high end";
     EXPECT_EQ(page->rover, HeaderOfData(blocks[0]));
-    EXPECT_EQ(take(28), blocks[0]) << "a rest of 12 is kept";
-    EXPECT_EQ(page->rover, page->sentinel);
-    EXPECT_EQ(page->link->freeHint, 40 * kScale);
-    EXPECT_EQ(take(24), nullptr);
-    EXPECT_EQ(page->link->freeHint, 20 * kScale) << "what the walk has seen";
-    EXPECT_EQ(take(20), blocks[2]);
+    EXPECT_EQ(take(24), blocks[0]);
+    EXPECT_EQ(page->rover, page->sentinel) << "no rest";
+    EXPECT_EQ(page->link->freeHint, 44 * kScale);
+    EXPECT_EQ(take(28), nullptr);
+    EXPECT_EQ(page->link->freeHint, 24 * kScale) << "what the walk has seen";
+    EXPECT_EQ(take(24), blocks[2]);
 }
 
 TEST(VariableBlocks, ResizeInPlace) {
@@ -66,7 +48,7 @@ TEST(VariableBlocks, ResizeInPlace) {
     const Row rows[] = {
         {"u40 f40 l16", 60, "u60 f20 l16"}, {"u40 f40 l16", 64, "u64 f16 l16"},
         {"u40 f40 l16", 68, "u80 l16"},     {"u40 f40 l16", 84, nullptr},
-        {"u40 l16 f40", 44, nullptr},       {"u40 f40", 72, "u80"},
+        {"u40 l16 f40", 44, nullptr},       {"u40 f40", 80, "u80"},
         {"u40 l16", 24, "u24 f16 l16"},     {"u40 l16", 28, "u40 l16"},
         {"u40 f40 l16", 20, "u20 f60 l16"}, {"u40 f40 l16", 28, "u40 f40 l16"},
     };
@@ -175,7 +157,9 @@ TEST(PoolOperations, Refusals) {
     char* small = PoolAlloc(pool, 10, 0);
     EXPECT_EQ(PoolResize(block, 0, 0), nullptr);
     EXPECT_EQ(PoolResize(block, 0, ResizeNoMove), nullptr);
-    EXPECT_EQ(errors.Take(), Raised(3, MEM_ALLOC_ZERO));
+    EXPECT_EQ(RelocResize(RelocAlloc(pool, 0, 10), 0, 0), nullptr);
+    EXPECT_EQ(RelocAlloc(pool, 0, 0), nullptr);
+    EXPECT_EQ(errors.Take(), Raised(5, MEM_ALLOC_ZERO));
     EXPECT_EQ(PoolResize(small, 20 * kScale, ResizeNoMove), small);
     EXPECT_EQ(PoolResize(small, 20 * kScale + 1, ResizeNoMove), nullptr);
     EXPECT_EQ(errors.Take(), Raised{MEM_RESIZE_FAILED});
@@ -245,17 +229,22 @@ TEST(PoolOperations, FixedSize) {
     EXPECT_EQ(errors.Take(), Raised{});
 }
 
-TEST(PoolOperations, CompactGivesBackEmptyPages) {
+TEST(PoolOperations, CompactGivesBackPages) {
     TestPool pool;
-    PoolPreallocate(pool, 3 * 16384, 4);
-    PoolPreallocate(pool, 2 * 16384, 1);
-    PoolPreallocate(pool, 2 * 16384, 2);
+    for (const std::uint32_t size : {100U, 200U, 300U}) {
+        PageAcquire(pool, kKindRelocatable, pool->pageSize, 0);
+        HandleSlot* slot = RelocAlloc(pool, AllocRelocatable, size);
+        if (size == 100) RelocLock(slot);
+    }
+    pool->floor = pool->footprint;
+    EXPECT_EQ(PoolCompact(pool), 0U) << "emptied, and kept";
+    for (const std::uint32_t type : {1U, 2U, 4U}) PoolPreallocate(pool, 2 * 16384, type);
     PoolAlloc(pool, 100, 0);
     pool->floor = pool->footprint - 3 * 16384;
     EXPECT_EQ(PoolCompact(pool), 3U * 16384) << "down to the floor";
     pool->floor = 0;
-    EXPECT_EQ(PoolCompact(pool), 3U * 16384);
-    EXPECT_EQ(pool->footprint, 4096U + 16384);
+    EXPECT_EQ(PoolCompact(pool), 4U * 16384);
+    EXPECT_EQ(RingOf(pool->pageLists[kKindRelocatable]).size(), 1U);
     EXPECT_EQ(PoolCompact(pool), 0U);
 }
 

@@ -180,22 +180,16 @@ TEST(Workers, OneAlone) {
     }
 }
 
-TEST(Workers, InOnePool) {
+TEST(Workers, InOnePoolAndInPoolsOfTheirOwn) {
     const RaisedErrors errors;
     TestPool pool(20, PoolSerialised);
     OnAllThreads([&pool](Random random, char byte) {
-        Worker worker(pool, random, byte);
-        for (int i = 0; i < 4000; ++i) worker.Step();
-    });
-}
-
-TEST(Workers, InPoolsOfTheirOwn) {
-    const RaisedErrors errors;
-    OnAllThreads([](Random random, char byte) {
+        Worker inCommon(pool, random, byte);
         for (int round = 0; round < 20; ++round) {
-            TestPool pool(round % 2 == 0 ? 20 : 0);
-            Worker worker(pool, random, byte);
-            for (int i = 0; i < 100; ++i) worker.Step();
+            TestPool own(round % 2 == 0 ? 20 : 0);
+            Worker alone(own, random, byte);
+            for (int i = 0; i < 200; ++i) inCommon.Step();
+            for (int i = 0; i < 100; ++i) alone.Step();
         }
     });
 }

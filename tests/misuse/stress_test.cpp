@@ -1,14 +1,11 @@
 // The stress build: what a program that keeps the address in a handle reads there.
-#include <gtest/gtest.h>
-#include <veldt20/inspect.h>
-#include <veldt20/memory.h>
-
 #include <algorithm>
 #include <cstring>
 #include <functional>
 #include <vector>
 
 #include "heap/block_life.h"
+#include "memory/handles.h"
 
 namespace {
 
@@ -17,15 +14,7 @@ static_assert(kStress);
 
 constexpr std::int32_t kSizes[] = {1, 40, 200, 4000, 9000};
 
-class Stress : public testing::Test {
-  protected:
-    void SetUp() override { ASSERT_EQ(XMemInitInstance(), 1); }
-    void TearDown() override {
-        char message[200];
-        EXPECT_EQ(XHeapCheck(message, sizeof message), 1) << message;
-        XMemExitInstance();
-    }
-};
+class Stress : public veldt::tests::WithInstance {};
 
 char** Line(std::int32_t size) {
     char** h = _XNewHandle(size);

@@ -10,10 +10,12 @@ namespace {
 using namespace veldt::tests;
 namespace faults = veldt::platform::faults;
 
+const std::string kBytes = std::string(10000, 'h') + std::string(10000, 'i');
+
 /// What a call finds: two handles with large blocks of their own, so that nothing is free that it
 /// could use, and what it may leave its new handle or global block in.
 struct Scene {
-    char** h = NewHandle(std::string(20000, 'h'));
+    char** h = NewHandle(kBytes);
     char** other = NewHandle(std::string(20000, 'o'));
     char source[70000] = "source";
     char** made = nullptr;
@@ -54,7 +56,7 @@ bool RefuseNth(const Call& call, std::uint64_t n, bool onward) {
     EXPECT_EQ(error, done ? 0 : kMemFull) << call.name;
     if (!done) {
         EXPECT_EQ(scene.made, nullptr) << call.name;
-        EXPECT_EQ(BytesOf(scene.h), std::string(20000, 'h')) << call.name;
+        EXPECT_EQ(BytesOf(scene.h), kBytes) << call.name;
         EXPECT_EQ(BytesOf(scene.other), std::string(20000, 'o')) << call.name;
         EXPECT_EQ(LiveHandles(), 2u) << call.name;
     }

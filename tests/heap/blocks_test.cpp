@@ -166,24 +166,20 @@ TEST(PoolOperations, Refusals) {
     EXPECT_EQ(PoolPreallocate(pool, 100, 3), -1);
     EXPECT_EQ(PoolPreallocate(pool, 0, 4), 0);
     EXPECT_EQ(errors.Take(), Raised{});
-}
+    EXPECT_EQ(PoolIsValid(pool), 1);
+    EXPECT_EQ(PoolIsValid(nullptr), 0);
 
-TEST(PoolOperations, DeadPools) {
-    TestPool dead;
-    RaisedErrors errors;
-    EXPECT_EQ(PoolIsValid(dead), 1);
-    dead->signature = 0;
-    EXPECT_EQ(PoolAlloc(dead, 10, 0), nullptr);
-    EXPECT_EQ(RelocAlloc(dead, 0, 10), nullptr);
-    EXPECT_EQ(PoolSetFixedSize(dead, 8), 0);
-    EXPECT_EQ(PoolPreallocate(dead, 100, 4), -1);
-    EXPECT_EQ(PoolCompact(dead), kNoSize);
-    EXPECT_EQ(PoolDestroy(dead), 0);
+    pool->signature = 0;  // as that of a pool that is no more
+    EXPECT_EQ(PoolAlloc(pool, 10, 0), nullptr);
+    EXPECT_EQ(RelocAlloc(pool, 0, 10), nullptr);
+    EXPECT_EQ(PoolSetFixedSize(pool, 8), 0);
+    EXPECT_EQ(PoolPreallocate(pool, 100, 4), -1);
+    EXPECT_EQ(PoolCompact(pool), kNoSize);
+    EXPECT_EQ(PoolDestroy(pool), 0);
     EXPECT_EQ(errors.Take(), Raised(6, MEM_BAD_MEM_POOL));
     EXPECT_EQ(errors.LastPool(), nullptr);
-    EXPECT_EQ(PoolIsValid(dead), 0);
-    EXPECT_EQ(PoolIsValid(nullptr), 0);
-    dead->signature = kPoolSignature;
+    EXPECT_EQ(PoolIsValid(pool), 0);
+    pool->signature = kPoolSignature;
 }
 
 TEST(PoolOperations, NothingGoesAboveTheCeiling) {

@@ -43,46 +43,40 @@ TEST(Addresses, StaleAndWildOnesAreRefused) {
 
 TEST(Compaction, SlidesOnlyWhatMergesAndEmptiesThePageThatIsWorthIt) {
     struct Row {
-        std::vector<const char*> before;  // the last page made is the head of the ring
+        const char* before;  // the last page made is the head of the ring
         std::uint32_t need;
-        std::vector<const char*> after;
+        const char* after;
         std::uint32_t reached;
         bool done;  // nothing to slide any more
-        std::size_t head = 0;
+        std::size_t head;
     };
     constexpr std::uint32_t kMore = 20000;  // than a page holds
     const Row rows[] = {
         // A page alone keeps its blocks.
-        {{"f32 u24 u16 f40 l16"}, kMore, {"u24 u16 f72 l16"}, 72, true},
-        {{"f32 u24 l16 f20 l16"}, kMore, {"f32 u24 l16 f20 l16"}, 32, true},
-        {{"f32 l16 f20 u24"}, kMore, {"f32 l16 f20 u24"}, 32, true},
-        {{"f32 u24 f40 u16 f20 l16"}, 72, {"u24 f72 u16 f20 l16"}, 72, false},
-        {{"f32 u24 f40 u16 f20 l16"}, 76, {"u24 u16 f92 l16"}, 92, true},
-        {{"f32 u24 f40 u16 f20"}, kMore, {"u24 u16 f92"}, 92, true},
-        {{"f16 u20 l16 f24 u16 f28 u32 f36 u40"}, kMore, {"f16 u20 l16 u16 u32 f88 u40"}, 88, true},
+        {"f32 u24 u16 f40 l16", kMore, "u24 u16 f72 l16", 72, true, 0},
+        {"f32 u24 l16 f20 l16", kMore, "f32 u24 l16 f20 l16", 32, true, 0},
+        {"f32 l16 f20 u24", kMore, "f32 l16 f20 u24", 32, true, 0},
+        {"f32 u24 f40 u16 f20 l16", 72, "u24 f72 u16 f20 l16", 72, false, 0},
+        {"f32 u24 f40 u16 f20 l16", 76, "u24 u16 f92 l16", 92, true, 0},
+        {"f32 u24 f40 u16 f20", kMore, "u24 u16 f92", 92, true, 0},
+        {"f16 u20 l16 f24 u16 f28 u32 f36 u40", kMore, "f16 u20 l16 u16 u32 f88 u40", 88, true, 0},
         // The first page that reaches the need by sliding ends the search.
-        {{"f32 u24 f40 l16", "f32 l16"}, 72, {"u24 f72 l16", "f32 l16"}, 72, true},
+        {"f32 u24 f40 l16 | f32 l16", 72, "u24 f72 l16 | f32 l16", 72, true, 0},
         // The page with fewer pinned blocks is emptied, as far as needed.
-        {{"f32 u24 l16 f20 l16", "f24 l16 f20 l16 l16"},
-         56,
-         {"f56 l16 f20 l16", "u24 l16 f20 l16 l16"},
-         56,
-         true},
+        {"f32 u24 l16 f20 l16 | f24 l16 f20 l16 l16", 56, "f56 l16 f20 l16 | u24 l16 f20 l16 l16",
+         56, true, 0},
         // Among equals the one with the larger free block.
-        {{"f32 u24 l16", "f28 u20 l16"}, 56, {"f56 l16", "u28 u20 l16"}, 56, true},
+        {"f32 u24 l16 | f28 u20 l16", 56, "f56 l16 | u28 u20 l16", 56, true, 0},
         // A block that finds no room bars those of its size, not smaller ones.
-        {{"f20 l16 l16 l16 l16", "u24 l16 f16 u24 l16 f32 u20 l16"},
-         56,
-         {"u20 l16 l16 l16 l16", "u24 l16 f16 u24 l16 f52 l16"},
-         52,
-         true,
-         1},
+        {"f20 l16 l16 l16 l16 | u24 l16 f16 u24 l16 f32 u20 l16", 56,
+         "u20 l16 l16 l16 l16 | u24 l16 f16 u24 l16 f52 l16", 52, true, 1},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.before[0]);
+        SCOPED_TRACE(row.before);
         TestPool pool;
         std::vector<WrittenPage> pages;
-        for (const char* text : row.before) pages.emplace_back(pool, text);
+        std::istringstream before(row.before);
+        for (std::string page; std::getline(before, page, '|');) pages.emplace_back(pool, page);
         const WrittenPage& head = pages[row.head];
         const auto need = static_cast<std::uint16_t>(row.need * kScale);
         EXPECT_EQ(CompactMoveablePages(pool, need), row.reached * kScale);
@@ -90,7 +84,9 @@ TEST(Compaction, SlidesOnlyWhatMergesAndEmptiesThePageThatIsWorthIt) {
         EXPECT_EQ(head.Link()->freeHint, row.reached * kScale);
         EXPECT_EQ(FreeSize(head->rover), row.reached * kScale);
         EXPECT_EQ((head.Link()->linkFlags & kNothingToSlide) != 0, row.done);
-        for (std::size_t i = 0; i < pages.size(); ++i) EXPECT_EQ(pages[i].Read(), row.after[i]);
+        std::string after;
+        for (const WrittenPage& page : pages) after += (after.empty() ? "" : " | ") + page.Read();
+        EXPECT_EQ(after, row.after);
         EXPECT_TRUE(Intact(pool));
     }
 }

@@ -51,16 +51,16 @@ TEST_F(Calls, NegativeSizesFindNoMemory) {
     }
 }
 
-TEST_F(Calls, ClearedPointersAreZeroInMemoryThatWasUsed) {
+TEST_F(Calls, PointersAreClearedAndResizedInPlace) {
     char* p = _XNewPtr(100);
     std::memset(p, 'p', 100);
+    SpoilMemError();
     XDisposePtr(p);
+    EXPECT_EQ(XMemError(), 0);
     EXPECT_EQ(std::string(_XNewPtrClear(100), 100), std::string(100, '\0'));
-}
 
-TEST_F(Calls, PointersResizeInPlaceOrNotAtAll) {
     char* below = _XNewPtr(5);
-    char* p = _XNewPtr(7);
+    p = _XNewPtr(7);
     const auto most = static_cast<std::int32_t>(PoolBlockSize(p)) - 2;
     EXPECT_EQ(XGetPtrSize(p), 7);
     for (const auto& [asked, got] : {std::pair{most, most}, {4, 4}, {most + 1, 4}}) {

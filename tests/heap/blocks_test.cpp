@@ -252,6 +252,7 @@ TEST(PoolOperations, RegionsZeroTheirTails) {
     EXPECT_EQ(RegionSize(region), 8192U);
     EXPECT_EQ(RegionResize(region, 65536, RegionZero), 1);
     EXPECT_TRUE(AllAre(region, 8192, 65536, 0));
+    EXPECT_EQ(RegionResize(region, 65537, 0), 0) << "the unit is full";
     RegionFree(region);
     char* cut = RegionAlloc(70000, RegionUnder64K);
     EXPECT_EQ(RegionSize(cut), 65536U);

@@ -1,5 +1,7 @@
-// Points and rectangles of all widths, on random coordinates against 64-bit arithmetic.
+// Points and rectangles of all widths, on random coordinates against 64-bit arithmetic, and the
+// records that they are made of and turned into.
 #include <gtest/gtest.h>
+#include <veldt20/fixed_point.h>
 #include <veldt20/geometry.h>
 
 #include <algorithm>
@@ -8,10 +10,28 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <utility>
+#include <vector>
 
+#include "platform.h"
 #include "support/seed.h"
 
 namespace veldt::tests {
+
+using Numbers = std::vector<int>;
+
+/// The fields of a record in their order in memory.
+template <class Field, class Record>
+Numbers InOrder(const Record& record) {
+    const auto fields = std::bit_cast<std::array<Field, sizeof(Record) / sizeof(Field)>>(record);
+    return {fields.begin(), fields.end()};
+}
+Numbers Short(const auto& record) {
+    return InOrder<std::int16_t>(record);
+}
+Numbers Long(const auto& record) {
+    return InOrder<std::int32_t>(record);
+}
 
 /// A rectangle in a width where nothing under test can overflow.
 struct Wide {
@@ -101,15 +121,14 @@ TYPED_TEST(Rectangles, RandomAgainstWideArithmetic) {
 }
 
 TYPED_TEST(Rectangles, FieldsAreTakenInTheirOrder) {
-    using Fields = std::array<typename TestFixture::Coordinate, 4>;
+    using Field = typename TestFixture::Coordinate;
     TypeParam rect(1, 2, 3, 4);
-    EXPECT_EQ(std::bit_cast<Fields>(rect), (Fields{1, 2, 3, 4}));
+    EXPECT_EQ(InOrder<Field>(rect), (Numbers{1, 2, 3, 4}));
     rect.Set(5, 6, 7, 8);
-    EXPECT_EQ(std::bit_cast<Fields>(rect), (Fields{5, 6, 7, 8}));
-    using Corner = std::array<typename TestFixture::Coordinate, 2>;
-    EXPECT_EQ(std::bit_cast<Corner>(rect.TopLeft()), (Corner{5, 6}));
+    EXPECT_EQ(InOrder<Field>(rect), (Numbers{5, 6, 7, 8}));
+    EXPECT_EQ(InOrder<Field>(rect.TopLeft()), (Numbers{5, 6}));
     if constexpr (requires { rect.BotRight(); }) {
-        EXPECT_EQ(std::bit_cast<Corner>(rect.BotRight()), (Corner{7, 8}));
+        EXPECT_EQ(InOrder<Field>(rect.BotRight()), (Numbers{7, 8}));
     }
 }
 
@@ -127,12 +146,14 @@ TEST_F(FixRectangles, RandomAgainstWideArithmetic) {
         EXPECT_EQ(rect.Width(), static_cast<std::int32_t>(a.right - a.left));
         EXPECT_EQ(rect.Height(), static_cast<std::int32_t>(a.bottom - a.top));
 
-        const XFixPoint p(Any(), Any());
+        const XFixPoint q = rect.TopLeft();
+        XFixPoint p;
+        p.Set(Any(), Any());
         const std::int64_t x = p.x, y = p.y;
         EXPECT_EQ(rect.Contains(p),
                   a.left <= x && x <= a.right && a.top <= y && y <= a.bottom ? 1 : 0);
         XFixRect changed = other;
-        changed.PtToRect(p, rect.TopLeft());
+        changed.PtToRect(p, q);
         EXPECT_EQ(Widen(changed), (Wide{std::min(y, a.top), std::min(x, a.left), std::max(y, a.top),
                                         std::max(x, a.left)}));
         changed = rect;
@@ -143,48 +164,78 @@ TEST_F(FixRectangles, RandomAgainstWideArithmetic) {
         changed.Offset(p.x, p.y);
         EXPECT_EQ(Widen(changed), Widen(rect + p));
         EXPECT_EQ(Widen(changed - p), a);
+
+        EXPECT_EQ(p == q, p.x == q.x && p.y == q.y ? 1 : 0);
+        EXPECT_EQ(p != q, p.x == q.x && p.y == q.y ? 0 : 1);
+        EXPECT_EQ(p < q, p.x < q.x && p.y < q.y ? 1 : 0);
+        EXPECT_EQ(p > q, p.x > q.x && p.y > q.y ? 1 : 0);
+        EXPECT_EQ(p <= q, p.x <= q.x && p.y <= q.y ? 1 : 0);
+        EXPECT_EQ(p >= q, p.x >= q.x && p.y >= q.y ? 1 : 0);
+        EXPECT_EQ(q + p == (rect + p).TopLeft(), 1);
+        EXPECT_EQ(q - p == (rect - p).TopLeft(), 1);
+        EXPECT_EQ((XFixPoint(q) += p) == q + p, 1);
+        EXPECT_EQ((XFixPoint(q) -= p) == q - p, 1);
+        EXPECT_EQ(Long(q * p), (Numbers{XFixMultiply(q.x, p.x), XFixMultiply(q.y, p.y)}));
+        EXPECT_EQ(Long(q / p), (Numbers{XFixDivide(q.x, p.x), XFixDivide(q.y, p.y)}));
+        EXPECT_EQ((XFixPoint(q) *= p) == q * p, 1);
+        EXPECT_EQ((XFixPoint(q) /= p) == q / p, 1);
+
+        changed.Set(rect.BottomRight(), q);
+        EXPECT_EQ(Widen(changed), (Wide{a.bottom, a.right, a.top, a.left}));
+        changed.TopRight(rect.TopRight());
+        changed.BottomLeft(rect.BottomLeft());
+        EXPECT_EQ(Widen(changed), a);
+        changed.TopLeft(other.TopLeft());
+        changed.BottomRight(other.BottomRight());
+        EXPECT_EQ(Widen(changed), b);
     }
 }
 
-TEST_F(FixRectangles, CornersAreReadWrittenAndCompared) {
-    for (int run = 0; run < 20000 && !HasFailure(); ++run) {
-        const XFixRect rect(Any(), Any(), Any(), Any());
-        const XFixPoint a = rect.TopLeft(), b = rect.BottomRight();
-        EXPECT_EQ(a == b, a.x == b.x && a.y == b.y ? 1 : 0);
-        EXPECT_EQ(a != b, a.x == b.x && a.y == b.y ? 0 : 1);
-        EXPECT_EQ(a < b, a.x < b.x && a.y < b.y ? 1 : 0);
-        EXPECT_EQ(a > b, a.x > b.x && a.y > b.y ? 1 : 0);
-        EXPECT_EQ(a <= b, a.x <= b.x && a.y <= b.y ? 1 : 0);
-        EXPECT_EQ(a >= b, a.x >= b.x && a.y >= b.y ? 1 : 0);
-        EXPECT_EQ(a + b == (rect + b).TopLeft(), 1);
-        EXPECT_EQ(a - b == (rect - b).TopLeft(), 1);
-        EXPECT_EQ((XFixPoint(a) += b) == a + b, 1);
-        EXPECT_EQ((XFixPoint(a) -= b) == a - b, 1);
-
-        XFixRect other;
-        other.Set(b, a);
-        EXPECT_EQ(Widen(other), (Wide{b.y, b.x, a.y, a.x}));
-        other.TopRight(rect.TopRight());
-        other.BottomLeft(rect.BottomLeft());
-        EXPECT_EQ(Widen(other), (Wide{a.y, a.x, b.y, b.x}));
-        other.TopLeft(b);
-        other.BottomRight(a);
-        EXPECT_EQ(Widen(other), (Wide{b.y, b.x, a.y, a.x}));
-    }
+/// What a conversion writes to its second argument.
+template <class From, class To>
+To Made(void (*convert)(const From&, To&) noexcept, const From& from) {
+    To to{};
+    convert(from, to);
+    return to;
 }
 
-TEST(FixPoint, ProductsAndQuotientsAreTheShortcuts) {
-    using Pair = std::array<std::int32_t, 2>;
-    const auto of = [](const XFixPoint& p) { return std::bit_cast<Pair>(p); };
-    constexpr std::int32_t k1 = 0x00010000;
-    // Half of three steps is cut off where FixMul would round it.
-    EXPECT_EQ(of(XFixPoint(3, -3) * XFixPoint(k1 / 2, k1 / 2)), (Pair{1, -1}));
-    EXPECT_EQ(of(XFixPoint(k1, 0) / XFixPoint(0, k1)), (Pair{0x7FFFFFFF, 0}));
-    EXPECT_EQ(of(XFixPoint(0, 5 * k1) / XFixPoint(0, -5 * k1)), (Pair{0, -k1}));
-    XFixPoint point(0, 0);
-    point.Set(2 * k1, 3 * k1);
-    EXPECT_EQ(of(point *= XFixPoint(2 * k1, 4 * k1)), (Pair{4 * k1, 12 * k1}));
-    EXPECT_EQ(of(point /= XFixPoint(k1, 2 * k1)), (Pair{4 * k1, 6 * k1}));
+TEST(NativeGeometry, CornersLieInTheRectangle) {
+    XNRect rect{1, 2, 3, 4};
+    EXPECT_EQ(Short(TopLeft(std::as_const(rect))), (Numbers{1, 2}));
+    EXPECT_EQ(Short(BotRight(std::as_const(rect))), (Numbers{3, 4}));
+    TopLeft(rect) = XNPoint{-1, -2};
+    BotRight(rect).x = 9;
+    EXPECT_EQ(Short(rect), (Numbers{-1, -2, 3, 9}));
+}
+
+TEST(NativeGeometry, PlatformRecordsByName) {
+    const auto wide = std::bit_cast<tagRECT>(std::array{65537, -1, 0x12348000, 70000});
+    const XNRect rect = Made(RECTToXNRect, wide);
+    EXPECT_EQ(Short(rect), (Numbers{-1, 1, 4464, -32768}));
+    EXPECT_EQ(Short(XRect(wide)), Short(rect));
+    const Numbers swapped{1, -1, -32768, 4464};
+    EXPECT_EQ(Long(Made(XNRectToRECT, rect)), swapped);
+    const _SMALL_RECT console = Made(XNRectToSRect, rect);
+    EXPECT_EQ(Short(console), swapped);
+    EXPECT_EQ(Long(Made(SRectToRECT, console)), swapped);
+    EXPECT_EQ(Short(Made(SRectToXNRect, console)), Short(rect));
+
+    const auto place = std::bit_cast<tagPOINT>(std::array{70000, -1});
+    const XNPoint point = Made(POINTToXNPoint, place);
+    EXPECT_EQ(Short(point), (Numbers{-1, 4464}));
+    EXPECT_EQ(Short(XPoint(place)), Short(point));
+    EXPECT_EQ(Long(Made(XNPointToPOINT, point)), (Numbers{4464, -1}));
+}
+
+TEST(NativeGeometry, ClassesTakeAndGiveNativeRecords) {
+    EXPECT_EQ(Short(XPoint(XNPoint{-1, 2})), (Numbers{-1, 2}));
+    EXPECT_EQ(Long(XLongPoint(XNPoint{-1, 2})), (Numbers{-1, 2}));
+    const XNRect native{-1, 2, -3, 4};
+    EXPECT_EQ(Short(XRect(native)), (Numbers{-1, 2, -3, 4}));
+    EXPECT_EQ(Long(XLongRect(native)), (Numbers{-1, 2, -3, 4}));
+    XNRect back{};
+    XLongRect(70000, 65537, -65537, 4).ToNativeRect(back);
+    EXPECT_EQ(Short(back), (Numbers{4464, 1, -1, 4}));
 }
 
 }  // namespace veldt::tests

@@ -60,18 +60,19 @@ TEST_F(CodePage, CharactersOfEachPageGoBothWays) {
                  {950, "\xA4\xA4\xA3\xE1", u"\u4E2D\u20AC"},
                  {65001, "a\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80\xEF\xBF\xBF",
                   u"a\u00E9\u4E2D\U0001F600\uFFFF"}};
+    const std::u16string atFirst = ToWide(all);
     for (const auto& c : cases) {
         ASSERT_EQ(XHostSetCodePage(c.page), 1) << c.page;
         EXPECT_EQ(ToWide(c.bytes), c.wide) << c.page;
         EXPECT_EQ(ToBytes(c.wide), c.bytes) << c.page;
         if (c.page != 874 && c.page / 10 != 125) continue;
         EXPECT_EQ(ToBytes(ToWide(all)), all) << c.page;
-        for (int i = 0; i < 256; ++i) {
-            EXPECT_EQ(platform::IsDBCSLeadByte(static_cast<platform::BYTE>(i)), 0);
-        }
+        for (platform::BYTE i = 255; i > 0; --i) EXPECT_EQ(platform::IsDBCSLeadByte(i), 0);
     }
     EXPECT_EQ(XHostSetCodePage(437), 0);
     EXPECT_EQ(ToWide("\xC3\xA9"), u"\u00E9") << "a page that isn't known changes nothing";
+    ASSERT_EQ(XHostSetCodePage(1252), 1);
+    EXPECT_EQ(ToWide(all), atFirst) << "the table of the page at a program's start";
 }
 
 TEST_F(CodePage, WhatAPageLacksBecomesItsDefault) {
@@ -84,8 +85,10 @@ TEST_F(CodePage, WhatAPageLacksBecomesItsDefault) {
               "c\xEF\xBF\xBD");
     // Overlong, a surrogate, too large, cut short in the middle and at the end, a stray second
     // byte.
-    EXPECT_EQ(ToWide("\xC0\x80|\xED\xA0\x80|\xF4\x90\x80\x80|\xE4\xB8|\x80|\xF0\x9F\x98"),
-              u"\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD\uFFFD|\uFFFD|\uFFFD|\uFFFD");
+    EXPECT_EQ(ToWide("\xC0\x80|\xE0\x9F\x80|\xED\xA0\x80|\xF4\x90\x80\x80|\xF5\x80|\xE4\xB8|\x80|"
+                     "\xF0\x9F\x98"),
+              u"\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD\uFFFD|"
+              u"\uFFFD\uFFFD|\uFFFD|\uFFFD|\uFFFD");
     ASSERT_EQ(XHostSetCodePage(949), 1);
     // No such pair, a lead byte before a zero byte, and one at the end.
     EXPECT_EQ(ToWide(std::string("\x81\x20z\x81\0\x81", 6)), std::u16string(u"?z?\0?", 5));
@@ -93,21 +96,25 @@ TEST_F(CodePage, WhatAPageLacksBecomesItsDefault) {
 
 TEST_F(CodePage, ConversionsTellTheRoomTheyNeed) {
     const platform::WCHAR wide[] = {'a', 0x20AC, 0x4E2D, 0};
+    platform::WCHAR back[4] = {7, 7, 7, 7};
     char bytes[4] = {};
     int used = 5;
-    EXPECT_EQ(platform::WideCharToMultiByte(0, 0, wide, -1, nullptr, 0, nullptr, nullptr), 4);
-    EXPECT_EQ(platform::WideCharToMultiByte(0, 0, wide, -1, bytes, 3, nullptr, nullptr), 0);
-    EXPECT_EQ(platform::WideCharToMultiByte(0, 0, wide, 3, bytes, 3, "_", &used), 3);
+    const auto toBytes = [&](int length, int room) {
+        return platform::WideCharToMultiByte(0, 0, wide, length, bytes, room, "_", &used);
+    };
+    const auto toWide = [&](int length, int room) {
+        return platform::MultiByteToWideChar(0, 0, bytes, length, back, room);
+    };
+    EXPECT_EQ(toBytes(-1, 0), 4);
+    EXPECT_EQ(toBytes(-1, 3), 0);
+    EXPECT_EQ(toBytes(3, 3), 3);
     EXPECT_STREQ(bytes, "a\x80_");
     EXPECT_EQ(used, 1);
-    platform::WCHAR back[4] = {7, 7, 7, 7};
-    EXPECT_EQ(platform::MultiByteToWideChar(0, 0, bytes, -1, nullptr, 0), 4);
-    EXPECT_EQ(platform::MultiByteToWideChar(0, 0, bytes, 2, back, 1), 0);
-    EXPECT_EQ(platform::MultiByteToWideChar(0, 0, bytes, 2, back, 4), 2);
-    EXPECT_EQ(back[1], 0x20AC);
-    EXPECT_EQ(back[2], 7);
-    EXPECT_EQ(platform::MultiByteToWideChar(0, 0, bytes, 0, back, 4), 0);
-    EXPECT_EQ(platform::WideCharToMultiByte(0, 0, nullptr, -1, bytes, 4, nullptr, nullptr), 0);
+    EXPECT_EQ(toWide(-1, 0), 4);
+    EXPECT_EQ(toWide(2, 1), 0);
+    EXPECT_EQ(toWide(2, 4), 2);
+    EXPECT_EQ(std::u16string(back, back + 4), u"a\u20AC\7\7");
+    EXPECT_EQ(toWide(0, 4), 0);
     EXPECT_EQ(XCString(static_cast<unsigned short*>(nullptr)).IsEmpty(), 1);
 }
 
@@ -139,18 +146,15 @@ TEST_F(CodePage, OneThreadMayConvertWhileAnotherChangesThePage) {
     host.join();
 }
 
-TEST(StringResources, TheHostSetsAndTakesThem) {
+TEST(StringResources, BelongToAModuleAndAreCut) {
     auto* module = reinterpret_cast<HINSTANCE__*>(8);
     char text[4] = {7, 7, 7, 7};
-    EXPECT_EQ(platform::LoadStringA(module, 1, text, 4), 0);
     EXPECT_EQ(XHostSetString(module, 1, "first"), 1);
     EXPECT_EQ(XHostSetString(module, 1, "other"), 1);
     EXPECT_EQ(platform::LoadStringA(nullptr, 1, text, 4), 0);
     EXPECT_EQ(platform::LoadStringA(module, 1, text, 0), 0);
     EXPECT_EQ(platform::LoadStringA(module, 1, text, 4), 3);
     EXPECT_STREQ(text, "oth");
-    EXPECT_EQ(XHostSetString(module, 1, nullptr), 1);
-    EXPECT_EQ(platform::LoadStringA(module, 1, text, 4), 0);
 }
 
 TEST(SystemStrings, AStringBeyond32BitsIsRefused) {

@@ -1,9 +1,10 @@
-// Length-prefixed strings: limits, overlap, and what the length byte must not be mistaken for.
+// Length-prefixed strings: every call on texts that often overlap, and numbers.
 #include <gtest/gtest.h>
 #include <veldt20/strings.h>
 
 #include <algorithm>
-#include <cstring>
+#include <cstdlib>
+#include <functional>
 #include <limits>
 #include <random>
 #include <string>
@@ -12,155 +13,120 @@
 
 namespace {
 
-/// A length-prefixed string with its spare bytes set, so that a write too many shows.
-struct Pascal {
-    explicit Pascal(const std::string& text = "", int spare = 0x77) {
-        std::memset(bytes, spare, sizeof(bytes));
-        bytes[0] = static_cast<unsigned char>(text.size());
-        std::memcpy(bytes + 1, text.data(), text.size());
-    }
-    std::string Text() const { return {reinterpret_cast<const char*>(bytes) + 1, bytes[0]}; }
-    char* Chars() { return reinterpret_cast<char*>(bytes); }
-    operator unsigned char*() { return bytes; }
-
-    unsigned char bytes[300];
-};
-
-TEST(Pascal, CopiesAndAppendsWhatFits) {
-    const std::string holed("a\0b", 3);
-    Pascal to;
-    XPascalStrInit(to);
-    EXPECT_EQ(XPascalStrIsEmpty(to), 1);
-    EXPECT_EQ(XPascalStrCpy(to, Pascal(holed)), to.bytes);
-    EXPECT_EQ(XPascalStrLen(to) - XPascalStrIsEmpty(to), 3);
-    EXPECT_EQ(XPascalStrCat(to, to), to.bytes);
-    EXPECT_EQ(to.Text(), holed + holed);
-    EXPECT_EQ(XPascalStrCpy(to, "abcdef", 3), to.bytes);
-    EXPECT_EQ(to.Text(), "abc");
-    XPascalStrCpy(to, std::string(65538, 'x').c_str(), 255);
-    EXPECT_EQ(to.Text(), "xx") << "a length counts modulo 65536";
-
-    Pascal nearlyFull(std::string(250, 'x'));
-    XPascalStrCat(nearlyFull, Pascal("0123456789"));
-    XPascalStrCat(nearlyFull, Pascal("y"));
-    EXPECT_EQ(nearlyFull.Text(), std::string(250, 'x') + "01234");
-    EXPECT_EQ(nearlyFull.bytes[256], 0x77);
+std::string Prefixed(const std::string& text) {
+    return static_cast<char>(text.size()) + text;
 }
 
-TEST(Pascal, SubstringsCountFromTheLengthByte) {
-    const std::string whole = "\006abcdef";
-    for (const std::size_t first : {0u, 1u, 3u, 6u, 7u, 255u}) {
-        for (const std::size_t count : {0u, 1u, 3u, 255u}) {
-            Pascal to, same("abcdef");
-            const auto from = static_cast<unsigned char>(first);
-            const auto most = static_cast<unsigned char>(count);
-            XPascalStrCpy(to, same, from, most);
-            XPascalStrCpy(same, same, from, most);
-            const std::string part = first < whole.size() ? whole.substr(first, count) : "";
-            EXPECT_EQ(to.Text(), part) << first << ' ' << count;
-            EXPECT_EQ(same.Text(), part) << first << ' ' << count;
-        }
-    }
+std::string WithTerminator(const std::string& text) {
+    return {text.c_str(), text.size() + 1};
 }
 
-// Of three byte values, so that much is found; one of them stands behind each text too.
-TEST(Pascal, SearchAndOrderAgreeWithPlainOnes) {
+unsigned char* Bytes(std::string& text) {
+    return reinterpret_cast<unsigned char*>(text.data());
+}
+
+// In a stretch of memory of few byte values, so that much is found. Each call reads its source
+// before it writes, and writes no byte too many.
+TEST(Pascal, CallsAgreeWithPlainOnesOnACopy) {
     std::mt19937 random(veldt::tests::Seed());
-    const auto word = [&](std::size_t length) {
-        std::string text(length, 0);
-        for (char& c : text) c = "\0\1\xFF"[random() % 3];
-        return text;
+    const auto below = [&](std::size_t bound) { return random() % bound; };
+    const auto length = [&] { return below(below(2) == 0 ? 6 : 256); };
+    std::string memory(1000, 0);
+    const auto textAt = [&](std::size_t at) {
+        return memory.substr(at + 1, static_cast<unsigned char>(memory[at]));
     };
-    for (int round = 0; round < 20000; ++round) {
-        const std::string text = word(random() % (round % 5 == 0 ? 256 : 25));
-        std::string sought = word(random() % (round % 50 == 0 ? 256 : 5));
-        Pascal p(text, 0);
+    for (int round = 0; round < 100000; ++round) {
+        if (round % 10 == 0) {
+            for (char& c : memory) c = "ab\1\xFF"[below(4)];
+            for (int zeros = 9; zeros > 0; --zeros) memory[below(memory.size())] = 0;
+        }
+        const std::size_t to = below(300), from = below(3) == 0 ? below(300) : to + below(9);
+        memory[from] = static_cast<char>(length());
+        memory[to] = static_cast<char>(length());
+        const std::string source = textAt(from), target = textAt(to), text = memory.c_str() + from;
+        unsigned char *p = Bytes(memory) + from, *q = Bytes(memory) + to;
+        ASSERT_EQ(XPascalStrLen(p), source.size());
+        ASSERT_EQ(XPascalStrIsEmpty(p), source.empty());
         // npos + 1 is 0.
-        ASSERT_EQ(XPascalStrPos(Pascal(sought), p), sought.empty() ? 0 : text.find(sought) + 1);
-        const std::size_t last = text.rfind('\1');
-        ASSERT_EQ(XPascalStrRScan(p, 1), last == std::string::npos ? nullptr : p.bytes + 1 + last);
+        ASSERT_EQ(XPascalStrPos(p, q), source.empty() ? 0 : target.find(source) + 1)
+            << testing::PrintToString(source) << " in " << testing::PrintToString(target);
+        const std::size_t last = target.rfind('\1');
+        ASSERT_EQ(XPascalStrRScan(q, 1), last == target.npos ? nullptr : q + 1 + last);
 
-        if (round % 2 == 0) sought = text.substr(0, random() % 256);
-        if (round % 4 == 0 && !sought.empty()) sought[random() % sought.size()] = '\2';
-        const auto [x, y] = std::mismatch(text.begin(), text.end(), sought.begin(), sought.end());
-        const bool ends = x == text.end() || y == sought.end();
-        ASSERT_EQ(XPascalStrCmp(p, Pascal(sought)),
-                  ends ? static_cast<int>(text.size()) - static_cast<int>(sought.size())
-                       : static_cast<unsigned char>(*x) - static_cast<unsigned char>(*y));
+        char *c = memory.data() + from, *d = memory.data() + to;
+        const std::size_t most = below(256), first = length();
+        const auto limit = static_cast<std::int16_t>(most);
+        const auto begin = static_cast<unsigned char>(first);
+        const auto count = static_cast<unsigned char>(most);
+        const std::string whole = Prefixed(source);
+        const std::string part = first < whole.size() ? whole.substr(first, most) : "";
+        const std::string start = text.substr(0, most);
+        std::string replaced = target;
+        std::replace(replaced.begin(), replaced.end(), '\1', 'c');
+        const auto hits = std::count(target.begin(), target.end(), '\1');
+        // Where the two begin at the same byte the text can be converted in its place.
+        const bool inPlace = from == to;
+        const struct {
+            std::function<void*()> call;
+            std::string written;
+        } changes[] = {
+            {[&] { return XPascalStrCpy(q, p); }, Prefixed(source)},
+            {[&] { return XPascalStrCpy(q, c, limit); }, Prefixed(start)},
+            {[&] { return XPascalStrCpy(q, p, begin, count); }, Prefixed(part)},
+            {[&] { return XPascalStrCat(q, p); }, Prefixed((target + source).substr(0, 255))},
+            {[&] { return PStr2CStr(p, d, limit); }, WithTerminator(source.substr(0, most))},
+            {[&] { return CStr2PStr(c, q, limit); }, Prefixed(start)},
+            {[&] { return _PtoCstr(p, inPlace ? nullptr : d); }, WithTerminator(source)},
+            {[&] { return _CtoPstr(c, inPlace ? nullptr : q); },
+             Prefixed(text.substr(0, text.size() % 256))},
+            {[&] { return XCStringToPStr(c, q, limit + 1), q; }, Prefixed(start)},
+            {[&] { return XPascalStrReplace(q, 1, 'c') == hits ? q : nullptr; },
+             Prefixed(replaced)},
+            {[&] { return XPascalStrInit(q), q; }, Prefixed("")}};
+        const std::size_t chosen = below(std::size(changes));
+        const auto& [call, written] = changes[chosen];
+        std::string copy = memory;
+        copy.replace(to, written.size(), written);
+        ASSERT_EQ(call(), q) << "change " << chosen;
+        ASSERT_EQ(memory, copy) << "change " << chosen;
     }
-    const std::string full = std::string(254, 'x') + 'y';
-    EXPECT_EQ(XPascalStrPos(Pascal(full), Pascal(full)), 1);
-    EXPECT_EQ(XPascalStrPos(Pascal("y"), Pascal(full)), 255);
-    EXPECT_EQ(XPascalStrCmp(std::string(300, 'x').c_str(), Pascal(std::string(255, 'x'))), 45);
-    EXPECT_EQ(XPascalStrCmp(Pascal("abc"), "b"), -1);
-    EXPECT_EQ(XCompareBytes(Pascal(), Pascal(), 3, 1), 2);
-
-    Pascal own(std::string('a', 'a'));  // whose length byte is an a as well
-    EXPECT_EQ(XPascalStrReplace(own, 'a', 'b'), 'a');
-    EXPECT_EQ(own.Text(), std::string('a', 'b'));
-    EXPECT_EQ(XPascalStrRScan(own, 'a'), nullptr);
 }
 
-TEST(Pascal, ConvertsToAndFromTerminatedText) {
-    Pascal ten("0123456789"), to;
-    char text[12] = "wwwwwwwwwww";
-    EXPECT_EQ(PStr2CStr(ten, text, 4), text);
-    EXPECT_EQ(std::string(text, 6), std::string("0123\0w", 6));
-    PStr2CStr(ten, text, 40);
-    EXPECT_STREQ(text, "0123456789");
-    PStr2CStr(ten, text, 0);
-    EXPECT_EQ(std::string(text, 2), std::string("\0001", 2));
-    EXPECT_EQ(_PtoCstr(ten, text), text);
-    EXPECT_STREQ(text, "0123456789");
-
-    std::string longText(300, 'q');
-    EXPECT_EQ(CStr2PStr(longText.c_str(), to, 255), to.bytes);
-    EXPECT_EQ(to.Text(), std::string(255, 'q'));
-    EXPECT_EQ(_CtoPstr(longText.data(), to), to.Chars());
-    EXPECT_EQ(to.Text(), std::string(44, 'q'));
-    EXPECT_EQ(to.bytes[256], 0x77);
-    XCStringToPStr(XCString(longText.c_str()), to, 256);
-    EXPECT_EQ(to.Text(), std::string(255, 'q'));
-    XCStringToPStr(XCString("x"), to, 1);
-    EXPECT_EQ(to.Text(), "");
-
-    EXPECT_TRUE(!PStr2CStr(nullptr, text, 4) && !PStr2CStr(ten, nullptr, 4));
-    EXPECT_TRUE(!CStr2PStr(nullptr, to, 4) && !CStr2PStr("x", nullptr, 4));
-    EXPECT_TRUE(!_PtoCstr(nullptr, text) && !_CtoPstr(nullptr, to));
-    for (const std::size_t length : {0u, 1u, 255u}) {
-        Pascal inPlace(std::string(length, 'w'));
-        EXPECT_EQ(_PtoCstr(inPlace, nullptr), std::string(length, 'w'));
-        _CtoPstr(inPlace.Chars(), nullptr);
-        EXPECT_EQ(inPlace.Text(), std::string(length, 'w'));
-    }
+TEST(Pascal, LimitsAndNulls) {
+    unsigned char pascal[256];
+    char text[] = "text";
+    XPascalStrCpy(pascal, std::string(65538, 'x').c_str(), 255);
+    EXPECT_EQ(pascal[0], 2) << "a length counts modulo 65536";
+    EXPECT_TRUE(!PStr2CStr(nullptr, text, 4) && !PStr2CStr(pascal, nullptr, 4));
+    EXPECT_TRUE(!CStr2PStr(nullptr, pascal, 4) && !CStr2PStr(text, nullptr, 4));
+    EXPECT_TRUE(!_PtoCstr(nullptr, text) && !_CtoPstr(nullptr, pascal));
 }
 
 TEST(Pascal, NumbersGoThroughText) {
     using Limits = std::numeric_limits<std::int32_t>;
-    for (const std::int32_t number : {0, -1, 1000000000, 907, Limits::max(), Limits::min()}) {
-        Pascal text;
-        XNumToString(number, text);
-        EXPECT_EQ(text.Text(), std::to_string(number));
-        EXPECT_EQ(text.bytes[text.bytes[0] + 1], 0);
-        EXPECT_EQ(text.bytes[13], 0x77);
-    }
-    const std::pair<std::string, std::int32_t> cases[] = {
-        {"", 0},
-        {"12ab", 12},
-        {" \t\n\v\f\r+7", 7},
-        {"--1", 0},
-        {"2147483647", Limits::max()},
-        {"99999999999999999999999", Limits::max()},
-        {"-2147483648", Limits::min()},
-        {"-99999999999999999999999", Limits::min()},
-        {std::string(254, '0') + "9", 9}};
-    for (const auto& [text, number] : cases) {
-        std::int32_t result = 5;
+    std::mt19937 random(veldt::tests::Seed());
+    const std::string pieces[] = {" ", "\t\n\v\f\r",   "+",          "-",
+                                  "0", "27",           "2147483647", "2147483648",
+                                  "a", "000000000000", "9999999999", "1000000000"};
+    for (int round = 0; round < 20000; ++round) {
+        const auto any = static_cast<std::int32_t>(random()) >> random() % 32;
+        const std::int32_t number = round == 0 ? Limits::min() : any;
+        const std::string digits = std::to_string(number);
+        std::string written(digits.size() + 3, 'w');
+        XNumToString(number, Bytes(written));
+        ASSERT_EQ(written, Prefixed(digits) + '\0' + 'w');
+
+        std::string text;
+        for (auto count = random() % 6; count > 0; --count) text += pieces[random() % 12];
+        const long long wanted = std::clamp<long long>(std::strtoll(text.c_str(), nullptr, 10),
+                                                       Limits::min(), Limits::max());
+        // What follows is no part of the text.
+        std::string counted = Prefixed(text) + (round % 2 == 0 ? "11" : " 11");
+        std::int32_t result = 5, countedResult = 5;
         XStringToNum(text.c_str(), &result);
-        EXPECT_EQ(result, number) << text;
-        Pascal counted(text, '1');  // ones that are no part of the text
-        XStringToNum(counted, &result);
-        EXPECT_EQ(result, number) << text;
+        XStringToNum(Bytes(counted), &countedResult);
+        ASSERT_EQ(result, wanted) << text;
+        ASSERT_EQ(countedResult, wanted) << text;
     }
 }
 

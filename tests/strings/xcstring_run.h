@@ -8,23 +8,25 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string>
 
-#include "strings/open_string.h"
 #include "strings/orders.h"
 #include "support/refusing_new.h"
 
 namespace veldt::tests {
 
-inline std::string Terminated(const std::string& text) {
-    return text.c_str();
-}
-
-inline bool IsSpace(char c) {
-    return c == ' ' || (c >= 9 && c <= 13);
-}
+/// Its header and workers are open.
+class OpenString : public XCString {
+  public:
+    using XCString::AllocCopy;
+    using XCString::ConcatCopy;
+    using XCString::GetData;
+    using XCString::operator=;
+    using XCString::XCString;
+};
 
 struct Buffer {
     std::string text;
@@ -105,6 +107,8 @@ class XCStringRun {
         Model& m = models_[a];
         if (m.Length() > 600) {
             Try([&] { s.Empty(); }, [&] { Empty(m); });
+        } else if (Below(40) == 0) {
+            Load(s, m);
         } else if (Below(2) == 0) {
             Assignments(s, m, strings_[b], models_[b]);
         } else {
@@ -146,7 +150,7 @@ class XCStringRun {
         bool threw = false;
         bool refused;
         {
-            const RefusedNew refusal(Below(8) == 0 ? 1 + static_cast<long>(Below(3)) : 0);
+            const RefusedNew refusal(Below(8) == 0 ? 1 + static_cast<long>(Below(5)) : 0);
             try {
                 real();
             } catch (const std::bad_alloc&) {
@@ -166,6 +170,24 @@ class XCStringRun {
         }
     }
 
+    /// The resources, under ids that say their lengths, are in resources.rc and
+    /// resources_posix.cpp.
+    void Load(OpenString& s, Model& m) {
+        constexpr unsigned int kMissing = 9999;
+        const unsigned int ids[] = {kMissing, 0, 254, 255, 510, 511, 512, 1200};
+        const unsigned int id = ids[Below(std::size(ids))], length = id % kMissing;
+        const std::string text = length == 0 ? "" : std::string(length - 1, 'x') + 'y';
+        int loaded = -1;
+        const auto expected = [&] {
+            ASSERT_EQ(loaded, length != 0);
+            if (length < 255) return m.Assign(text);
+            // The buffer grew by 256 bytes until a byte beside the terminator was left over.
+            m.Reserve(static_cast<int>((length + 257) / 256 * 256 - 1));
+            m.Edit(text);
+        };
+        Try([&] { loaded = s.LoadStringA(nullptr, id); }, expected);
+    }
+
     void Assignments(OpenString& s, Model& m, OpenString& other, Model& otherModel) {
         const std::string w = Word(), t = Terminated(w), all = m.Text();
         const std::size_t i = Below(all.size() + 1);
@@ -182,8 +204,7 @@ class XCStringRun {
             m = made;
         };
         const std::string o = otherModel.Text();
-        const auto kept =
-            std::clamp<std::size_t>(n < 0 ? 0 : static_cast<std::size_t>(n), 0, o.size());
+        const std::size_t kept = std::min(static_cast<std::size_t>(std::max(n, 0)), o.size());
         const char* own = s;
         // clang-format off
         switch (Below(19)) {
@@ -217,12 +238,12 @@ class XCStringRun {
         const int size = static_cast<int>(w.size()), room = size + static_cast<int>(Below(4));
         const int index = all.empty() ? 0 : static_cast<int>(Below(all.size()));
         const bool counted = Below(2) == 0;
-        std::string set = all, lower = head, holed = head;
+        std::string set = all, holed = head;
         if (!set.empty()) set[static_cast<std::size_t>(index)] = 'x';
-        std::transform(head.begin(), head.end(), lower.begin(), Lower);
         std::replace(holed.begin(), holed.end(), 'a', '\0');
-        const auto first = std::find_if_not(all.begin(), all.end(), IsSpace);
-        const auto end = std::find_if_not(all.rbegin(), all.rend(), IsSpace).base();
+        const auto isSpace = [](char c) { return c == ' ' || c == '\r'; };
+        const auto first = std::find_if_not(all.begin(), all.end(), isSpace);
+        const auto end = std::find_if_not(all.rbegin(), all.rend(), isSpace).base();
         const auto write = [&](char* to) { std::memcpy(to, w.c_str(), w.size() + 1); };
         const auto fill = [&] {
             write(s.GetBuffer(room));
@@ -240,7 +261,7 @@ class XCStringRun {
             case 0: return Try([&] { s.Empty(); }, [&] { Empty(m); });
             case 1: return all.empty() ? void() : Try([&] { s.SetAt(index, 'x'); }, [&] { m.Edit(set, true); });
             case 2: return Try([&] { s.ReplaceChar('a', 0); }, [&] { m.Edit(holed + rest, true); });
-            case 3: return Try([&] { s.MakeLower(); }, [&] { m.Edit(lower + rest); });
+            case 3: return Try([&] { s.MakeLower(); }, [&] { m.Edit(Lower(head) + rest); });
             case 4: return Try([&] { s.TrimLeft(); }, [&] { m.Edit({first, all.end()}); });
             case 5: return Try([&] { s.TrimRight(); }, [&] { m.Edit({all.begin(), end}); });
             case 6: return Try(fill, [&] { m.Reserve(room); m.Edit(counted ? w : Terminated(w)); });
@@ -254,12 +275,10 @@ class XCStringRun {
 
     void CheckReading(const OpenString& s, const std::string& all) {
         const std::string text = Terminated(all);
-        const auto index = [](std::size_t found) {
-            return found == std::string::npos ? -1 : static_cast<int>(found);
-        };
         const std::string part = Terminated(all.substr(Below(all.size() + 1), Below(90)));
-        ASSERT_EQ(s.Find(part.c_str()), index(text.find(part)));
-        ASSERT_EQ(s.Find('b'), index(text.find('b')));
+        // npos is -1 as well.
+        ASSERT_EQ(s.Find(part.c_str()), static_cast<int>(text.find(part)));
+        ASSERT_EQ(s.Find('b'), static_cast<int>(text.find('b')));
         ASSERT_EQ(s.Find('\0'), static_cast<int>(text.size()));
     }
 

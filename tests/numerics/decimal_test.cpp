@@ -19,11 +19,13 @@
 
 #include "numerics/comma_locale.h"
 #include "numerics/rounding.h"
+#include "numerics/rounds.h"
 #include "support/seed.h"
 
 namespace {
 
 using std::to_string;
+using veldt::tests::Rounds;
 
 constexpr double kLargest = std::numeric_limits<double>::max();
 constexpr double kInf = std::numeric_limits<double>::infinity();
@@ -249,7 +251,7 @@ class Decimal : public testing::Test {
 };
 
 TEST_F(Decimal, WhatIsWrittenHasItsDigitsRoundedAsAString) {
-    for (int round = 0; round < 50000 && !HasFailure(); ++round) {
+    for (int round = 0; round < Rounds(50000) && !HasFailure(); ++round) {
         const Rounding rounding(round % 4);
         const double x = Number();
         const Source source(x);
@@ -283,7 +285,7 @@ TEST_F(Decimal, WhatIsReadIsWhatStrtodReads) {
     const auto shown = [&](double got, double wanted) {
         return Shown(!exact && std::nextafter(got, wanted) == wanted ? wanted : got);
     };
-    for (int round = 0; round < 50000 && !HasFailure(); ++round) {
+    for (int round = 0; round < Rounds(50000) && !HasFailure(); ++round) {
         const Rounding rounding(round % modes);
         const std::string text = NumberText();
         const double wanted = text.starts_with('I')   ? kInf

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "numerics/rounding.h"
+#include "numerics/rounds.h"
 #include "support/seed.h"
 
 namespace {
@@ -49,7 +50,7 @@ bool IsPowerOfTwo(std::int64_t x) {
 
 TEST(FixedPoint, RandomAgainstExactArithmetic) {
     std::mt19937 random(veldt::tests::Seed());
-    for (int round = 0; round < 100000 && !HasFailure(); ++round) {
+    for (int round = 0; round < veldt::tests::Rounds(100000) && !HasFailure(); ++round) {
         const std::int32_t a = Operand(random), b = Operand(random);
         const std::int64_t wide = a;
         SCOPED_TRACE(testing::Message() << a << " and " << b);

@@ -7,12 +7,12 @@
 #include <iterator>
 #include <map>
 #include <random>
-#include <thread>
 #include <vector>
 
 #include "platform/platform.h"
 #include "platform/posix/faults.h"
 #include "support/seed.h"
+#include "support/threads.h"
 
 namespace {
 
@@ -132,7 +132,12 @@ class Model {
     std::map<char*, Region> regions_;
 };
 
-TEST(AddressSpace, BehavesLikeTheModelUnderRandomUse) {
+class AddressSpace : public testing::Test {
+  protected:
+    void TearDown() override { EXPECT_STREQ(faults::CheckAddressSpace(), nullptr); }
+};
+
+TEST_F(AddressSpace, BehavesLikeTheModelUnderRandomUse) {
     const auto before = faults::CountAddressSpace();
     Model model(veldt::tests::Seed(), true);
     for (int step = 0; step < 6000; ++step) {
@@ -143,31 +148,27 @@ TEST(AddressSpace, BehavesLikeTheModelUnderRandomUse) {
     }
     faults::FailVirtualAlloc(faults::kNever);
     model.RemoveAll();
-    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
     const auto after = faults::CountAddressSpace();
     EXPECT_EQ(after.reservations, before.reservations);
     EXPECT_EQ(after.committedBytes, before.committedBytes);
 }
 
-TEST(AddressSpace, ThreadsKeepTheirRegionsApart) {
-    std::vector<std::thread> threads;
-    for (unsigned seed = 1; seed <= 4; ++seed) {
-        threads.emplace_back([seed] {
-            Model model(seed, false);
-            for (int step = 0; step < 2000; ++step) model.Step();
-            model.RemoveAll();
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
+TEST_F(AddressSpace, ThreadsKeepTheirRegionsApart) {
+    veldt::tests::OnThreads(4, [](int number) {
+        Model model(static_cast<unsigned>(number), false);
+        for (int step = 0; step < 2000; ++step) model.Step();
+        model.RemoveAll();
+    });
 }
 
+struct InUse {
+    SIZE_T pages = 0, residentPages = 0;
+
+    InUse() { std::ifstream("/proc/self/statm") >> pages >> residentPages; }
+};
+
 SIZE_T Resident() {
-    std::ifstream statm("/proc/self/statm");
-    SIZE_T total = 0;
-    SIZE_T resident = 0;
-    statm >> total >> resident;
-    return resident * kPage;
+    return InUse().residentPages * kPage;
 }
 
 /// Takes and fills blocks of these sizes, and drops them in the same order or another one.
@@ -181,28 +182,26 @@ void ComeAndGo(const std::vector<SIZE_T>& sizes, bool shuffled = false) {
     std::for_each(blocks.begin(), blocks.end(), Drop);
 }
 
-TEST(AddressSpace, WhatComesAndGoesCostsNoSystemCallAndStaysWarmUntilToldToGo) {
+TEST_F(AddressSpace, WhatComesAndGoesCostsNoSystemCallAndStaysWarmUntilToldToGo) {
     const std::vector<SIZE_T> sizes = {4096,   16384,   61440,   65536,  69632,
                                        135168, 1 << 18, 1 << 20, 819200, (4 << 20) + 4096};
     const std::vector<SIZE_T> pages(500, 16384);
-    for (int round = 0; round < 5; ++round) {
+    auto before = faults::CountAddressSpace(), after = before;
+    for (int round = 0; round < 6; ++round) {
+        before = faults::CountAddressSpace();
         ComeAndGo(pages);
         for (const SIZE_T size : sizes) ComeAndGo({size});
+        after = faults::CountAddressSpace();
     }
-    const auto before = faults::CountAddressSpace();
-    ComeAndGo(pages);
-    for (const SIZE_T size : sizes) ComeAndGo({size});
-    const auto after = faults::CountAddressSpace();
     EXPECT_EQ(after.systemCalls, before.systemCalls);
     EXPECT_EQ(after.allocCalls - before.allocCalls, pages.size() + sizes.size());
     ComeAndGo(pages);
     const SIZE_T warm = Resident();
     GiveBackIdleMemory();
     EXPECT_LT(Resident(), warm - 480 * 16384);
-    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
 }
 
-TEST(AddressSpace, GivesMemoryBack) {
+TEST_F(AddressSpace, GivesMemoryBack) {
     constexpr SIZE_T kBig = SIZE_T{64} << 20;
     char* big = Take(kBig);
     std::memset(big, 1, kBig);
@@ -215,10 +214,9 @@ TEST(AddressSpace, GivesMemoryBack) {
     const SIZE_T before = Resident();
     ComeAndGo(std::vector<SIZE_T>(4000, 16384), true);
     EXPECT_LT(Resident(), before + 200 * 16384);
-    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
 }
 
-TEST(AddressSpace, HoldsMoreRegionsThanTheKernelHasMappings) {
+TEST_F(AddressSpace, HoldsMoreRegionsThanTheKernelHasMappings) {
     const SIZE_T count = sizeof(void*) == 8 ? 200000 : 20000;
     std::vector<char*> regions(count);
     for (SIZE_T at = 0; at < count; ++at) {
@@ -235,10 +233,9 @@ TEST(AddressSpace, HoldsMoreRegionsThanTheKernelHasMappings) {
         ASSERT_EQ(Committed(regions[at]), 16384u);
         Drop(regions[at]);
     }
-    EXPECT_STREQ(faults::CheckAddressSpace(), nullptr);
 }
 
-TEST(AddressSpace, HoldsBlocksOfNearlyFourGigabytes) {
+TEST_F(AddressSpace, HoldsBlocksOfNearlyFourGigabytes) {
     const SIZE_T size = sizeof(void*) == 8 ? SIZE_T{0xFFFFF000} : SIZE_T{0x40000000};
     auto* base = static_cast<char*>(Reserve(size));
     ASSERT_NE(base, nullptr);
@@ -252,7 +249,7 @@ TEST(AddressSpace, HoldsBlocksOfNearlyFourGigabytes) {
     Drop(base);
 }
 
-TEST(AddressSpace, RefusesAtTheLimit) {
+TEST_F(AddressSpace, RefusesAtTheLimit) {
     char* base = Take(kPage);
     const auto before = faults::CountAddressSpace();
     faults::LimitCommitted(before.committedBytes + 3 * kPage);
@@ -265,7 +262,7 @@ TEST(AddressSpace, RefusesAtTheLimit) {
     Drop(base);
 }
 
-TEST(AddressSpace, RefusesWhatItCannotMean) {
+TEST_F(AddressSpace, RefusesWhatItCannotMean) {
     char* base = static_cast<char*>(Reserve(2 * kUnit));
     ASSERT_NE(Commit(base, 0, 2 * kPage), nullptr);
     int elsewhere = 0;
@@ -273,15 +270,14 @@ TEST(AddressSpace, RefusesWhatItCannotMean) {
     EXPECT_EQ(Reserve(~SIZE_T{0}), nullptr);
     EXPECT_EQ(VirtualAlloc(base, kUnit, MEM_RESERVE, PAGE_NOACCESS), nullptr);
     EXPECT_EQ(Commit(base, 3 * kPage, kPage), nullptr) << "a gap before it";
-    EXPECT_EQ(Commit(base, 0, 2 * kUnit + 1), nullptr);
+    EXPECT_EQ(Commit(base, kPage, 2 * kUnit), nullptr);
     EXPECT_EQ(Commit(base, kPage, ~SIZE_T{0}), nullptr);
     EXPECT_EQ(Commit(&elsewhere, 0, kPage), nullptr);
     EXPECT_EQ(VirtualFree(base, kPage, MEM_DECOMMIT), 0) << "a gap behind it";
     EXPECT_EQ(VirtualFree(base + 3 * kUnit, kPage, MEM_DECOMMIT), 0) << "another region's";
-    EXPECT_EQ(VirtualFree(base + kUnit, 0, MEM_RELEASE), 0);
-    EXPECT_EQ(VirtualFree(base + 1, 0, MEM_RELEASE), 0);
-    EXPECT_EQ(VirtualFree(nullptr, 0, MEM_RELEASE), 0);
-    EXPECT_EQ(VirtualFree(&elsewhere, 0, MEM_RELEASE), 0);
+    for (void* wrong : std::vector<void*>{base + kUnit, base + kPage, nullptr, &elsewhere}) {
+        EXPECT_EQ(VirtualFree(wrong, 0, MEM_RELEASE), 0) << wrong;
+    }
     EXPECT_EQ(Committed(base + kUnit), SIZE_T(-1));
     EXPECT_EQ(Committed(base), 2 * kPage);
     Drop(base);
@@ -293,20 +289,19 @@ TEST(AddressSpace, RefusesWhatItCannotMean) {
 /// Where the kernel grants much less than the layer would like to have.
 [[noreturn]] void UseUpAQuarterGigabyte() {
     constexpr SIZE_T kRoom = SIZE_T{256} << 20;
-    std::ifstream statm("/proc/self/statm");
-    SIZE_T pages = 0;
-    statm >> pages;
-    const rlimit limit = {pages * kPage + kRoom, pages * kPage + kRoom};
+    const SIZE_T most = InUse().pages * kPage + kRoom;
+    const rlimit limit = {most, most};
     setrlimit(RLIMIT_AS, &limit);
     std::vector<char*> regions;
     regions.reserve(10000);
-    for (char* base = Take(kPage); base != nullptr; base = Take(kPage)) {
+    while (char* base = Take(kPage)) {
         base[0] = 1;
         regions.push_back(base);
     }
     const bool plenty = regions.size() * kUnit >= kRoom / 2;
-    for (SIZE_T at = 0; at < regions.size(); at += 2) VirtualFree(regions[at], 0, MEM_RELEASE);
-    for (SIZE_T at = 1; at < regions.size(); at += 2) VirtualFree(regions[at], 0, MEM_RELEASE);
+    for (const SIZE_T first : {0, 1}) {
+        for (SIZE_T at = first; at < regions.size(); at += 2) Drop(regions[at]);
+    }
     const bool together = Reserve(regions.size() * kUnit / 8) != nullptr;
     std::exit(plenty && together && faults::CheckAddressSpace() == nullptr ? 0 : 1);
 }

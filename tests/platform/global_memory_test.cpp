@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <thread>
 #include <vector>
 
 #include "platform/platform.h"
+#include "support/threads.h"
 
 namespace {
 
@@ -19,21 +19,28 @@ bool AllEqual(const void* bytes, SIZE_T from, SIZE_T to, int value) {
 }
 
 TEST(GlobalMemory, ResizingKeepsWhatWasThereAndClearsWhatIsNewWhenAsked) {
-    const HGLOBAL block = GlobalAlloc(kZeroed, 100);
-    ASSERT_NE(block, nullptr);
-    auto* data = static_cast<unsigned char*>(GlobalLock(block));
-    EXPECT_TRUE(AllEqual(data, 0, 100, 0));
-    std::memset(data, 7, 100);
-    GlobalUnlock(block);
-    // Down and up again: what was cut off must not come back.
-    for (const SIZE_T size : {SIZE_T{97}, SIZE_T{100}, SIZE_T{10}, SIZE_T{200000}}) {
-        ASSERT_EQ(GlobalReAlloc(block, size, kZeroed), block);
-        EXPECT_EQ(GlobalSize(block), size);
+    for (const SIZE_T first : {100, 0}) {
+        const HGLOBAL block = GlobalAlloc(kZeroed, first);
+        SIZE_T kept = 0;
+        // Down and up again: what was cut off must not come back. An empty block has no address.
+        for (const SIZE_T size : std::vector<SIZE_T>{first, 97, 100, 10, 200000, 0, 5}) {
+            SCOPED_TRACE(size);
+            ASSERT_EQ(GlobalReAlloc(block, size, kZeroed), block);
+            EXPECT_EQ(GlobalSize(block), size);
+            SetLastError(0);
+            void* data = GlobalLock(block);
+            EXPECT_EQ(GetLastError(), size == 0 ? ERROR_DISCARDED : 0);
+            ASSERT_EQ(data == nullptr, size == 0);
+            kept = std::min(kept, size);
+            EXPECT_TRUE(AllEqual(data, 0, kept, 7));
+            EXPECT_TRUE(AllEqual(data, kept, size, 0));
+            kept = size;
+            if (size == 0) continue;
+            std::memset(data, 7, size);
+            GlobalUnlock(block);
+        }
+        EXPECT_EQ(GlobalFree(block), nullptr);
     }
-    data = static_cast<unsigned char*>(GlobalLock(block));
-    EXPECT_TRUE(AllEqual(data, 0, 10, 7));
-    EXPECT_TRUE(AllEqual(data, 10, 200000, 0));
-    EXPECT_EQ(GlobalFree(block), nullptr);
 }
 
 TEST(GlobalMemory, LockedBlockStaysWhereItIs) {
@@ -67,11 +74,12 @@ TEST(GlobalMemory, RefusesNamesThatNameNothing) {
     const HGLOBAL gone = GlobalAlloc(GMEM_MOVEABLE, 16);
     ASSERT_EQ(GlobalFree(gone), nullptr);
     std::vector<void*> names = {nullptr, stale, gone, &names, GlobalLock(live)};
+    const auto liveBits = reinterpret_cast<std::uintptr_t>(live);
+    const auto goneBits = reinterpret_cast<std::uintptr_t>(gone);
     for (std::uintptr_t bit = 1; bit != 0; bit <<= 1) {
-        names.push_back(reinterpret_cast<void*>(bit));
-        names.push_back(reinterpret_cast<void*>(~bit));
-        names.push_back(reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(live) ^ bit));
-        names.push_back(reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(gone) + bit));
+        for (const std::uintptr_t name : {bit, ~bit, liveBits ^ bit, goneBits + bit}) {
+            names.push_back(reinterpret_cast<void*>(name));
+        }
     }
     for (void* name : names) {
         SetLastError(0);
@@ -86,39 +94,21 @@ TEST(GlobalMemory, RefusesNamesThatNameNothing) {
     EXPECT_EQ(GlobalFree(live), nullptr);
 }
 
-TEST(GlobalMemory, EmptyBlockHasANameButNoAddress) {
-    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 0);
-    for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(GlobalSize(block), 0u);
-        EXPECT_EQ(GlobalLock(block), nullptr);
-        EXPECT_EQ(GetLastError(), ERROR_DISCARDED);
-        EXPECT_EQ(GlobalReAlloc(block, 5, kZeroed), block);
-        EXPECT_TRUE(AllEqual(GlobalLock(block), 0, 5, 0));
-        GlobalUnlock(block);
-        EXPECT_EQ(GlobalReAlloc(block, 0, GMEM_MOVEABLE), block);
-    }
-    EXPECT_EQ(GlobalFree(block), nullptr);
-}
-
 TEST(GlobalMemory, ThreadsKeepTheirBlocksApart) {
-    std::vector<std::thread> threads;
-    for (int number = 1; number <= 4; ++number) {
-        threads.emplace_back([number] {
-            std::vector<HGLOBAL> blocks;
-            for (SIZE_T round = 0; round < 2000; ++round) {
-                blocks.push_back(GlobalAlloc(GMEM_MOVEABLE, 32));
-                std::memset(GlobalLock(blocks.back()), number, 32);
-                GlobalUnlock(blocks.back());
-                const HGLOBAL other = blocks[round * 7919 % blocks.size()];
-                ASSERT_EQ(GlobalReAlloc(other, 32 + round % 64, GMEM_MOVEABLE), other);
-            }
-            for (const HGLOBAL block : blocks) {
-                ASSERT_TRUE(AllEqual(GlobalLock(block), 0, 32, number));
-                ASSERT_EQ(GlobalFree(block), nullptr);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    veldt::tests::OnThreads(4, [](int number) {
+        std::vector<HGLOBAL> blocks;
+        for (SIZE_T round = 0; round < 2000; ++round) {
+            blocks.push_back(GlobalAlloc(GMEM_MOVEABLE, 32));
+            std::memset(GlobalLock(blocks.back()), number, 32);
+            GlobalUnlock(blocks.back());
+            const HGLOBAL other = blocks[round * 7919 % blocks.size()];
+            ASSERT_EQ(GlobalReAlloc(other, 32 + round % 64, GMEM_MOVEABLE), other);
+        }
+        for (const HGLOBAL block : blocks) {
+            ASSERT_TRUE(AllEqual(GlobalLock(block), 0, 32, number));
+            ASSERT_EQ(GlobalFree(block), nullptr);
+        }
+    });
 }
 
 }  // namespace

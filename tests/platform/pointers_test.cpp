@@ -22,20 +22,19 @@ TEST(PointerTests, TellWhatCanBeWrittenWithoutWriting) {
     mprotect(pages + 2 * kPage, kPage, PROT_NONE);
     munmap(pages + 3 * kPage, kPage);
 
-    EXPECT_EQ(IsBadWritePtr(pages, kPage), 0);
-    EXPECT_EQ(IsBadWritePtr(pages + 1, kPage - 1), 0);
-    EXPECT_EQ(IsBadWritePtr(pages + kPage - 1, 1), 0);
+    for (const SIZE_T at : {SIZE_T{0}, SIZE_T{1}, kPage - 1}) {
+        EXPECT_EQ(IsBadWritePtr(pages + at, kPage - at), 0) << at;
+    }
     EXPECT_NE(IsBadWritePtr(pages + 1, kPage), 0);
     for (SIZE_T page = 1; page < 4; ++page) EXPECT_NE(IsBadWritePtr(pages + page * kPage, 1), 0);
     EXPECT_EQ(std::string(pages, 2 * kPage), std::string(2 * kPage, 0x5A));
     munmap(pages, 3 * kPage);
 
-    EXPECT_NE(IsBadWritePtr(nullptr, 120), 0);
-    EXPECT_NE(IsBadWritePtr(reinterpret_cast<void*>(1), 120), 0);
-    EXPECT_NE(IsBadWritePtr(reinterpret_cast<void*>(~std::uintptr_t{0}), 1), 0);
+    for (const std::uintptr_t wild : {std::uintptr_t{0}, std::uintptr_t{1}, ~std::uintptr_t{0}}) {
+        EXPECT_NE(IsBadWritePtr(reinterpret_cast<void*>(wild), 1), 0) << wild;
+    }
     EXPECT_NE(IsBadWritePtr(&pages, ~SIZE_T{0}), 0) << "the range wraps round";
     EXPECT_EQ(IsBadWritePtr(nullptr, 0), 0);
-
     EXPECT_NE(IsBadCodePtr(nullptr), 0);
     EXPECT_EQ(IsBadCodePtr([] { return 0; }), 0);
 }

@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "files/scratch.h"
-#include "platform/platform.h"
+#include "platform.h"
 
 namespace veldt::tests {
 
@@ -22,7 +22,7 @@ void ExpectFailure(const XFile& file, Result result, XFile::Error error) {
     EXPECT_EQ(result, Result{0});
     EXPECT_EQ(file.GetError(), error);
     file.ClearError();
-    platform::SetLastError(0);
+    ClearPendingError();
 }
 
 }  // namespace veldt::tests

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 
 #include "files/failures.h"
 #include "support/seed.h"
@@ -29,8 +30,9 @@ TEST(FileModel, RandomOperationsLeaveWhatTheModelHolds) {
         if (choice < 8) {
             for (char& letter : bytes) letter = static_cast<char>(random());
             EXPECT_EQ(file.Write(bytes.data(), count, low, 0), count);
-            if (count != 0) model.resize(std::max(model.size(), position + count));
-            if (count != 0) model.replace(position, count, bytes);
+            if (count == 0) continue;
+            model.resize(std::max(model.size(), position + count));
+            model.replace(position, count, bytes);
         } else if (choice < 16) {
             const std::string rest = position < model.size() ? model.substr(position, count) : "";
             bytes.resize(file.Read(bytes.data(), count, low, 0));
@@ -60,23 +62,26 @@ TEST(FileModel, PositionsAndSizesHave64Bits) {
     XFile file = FileAt(scratch.Path("sparse"));
     ASSERT_EQ(file.Create(), 1);
     ASSERT_EQ(file.Open(XFile::PermissionReadWrite), 1);
-    const std::pair<std::int32_t, std::int32_t> positions[] = {
-        {INT32_MIN, 0}, {-1, 0}, {0, 1}, {0x40000000, 1}};
-    for (std::size_t i = 0; i < std::size(positions); ++i) {
-        EXPECT_EQ(file.Write(&"abcd"[i], 1, positions[i].first, positions[i].second), 1u);
-    }
-    for (std::size_t i = 0; i < std::size(positions); ++i) {
-        char found = 0;
-        EXPECT_EQ(file.Read(&found, 1, positions[i].first, positions[i].second), 1u);
-        EXPECT_EQ(found, "abcd"[i]);
-    }
+    const std::tuple<char, std::int32_t, std::int32_t> places[] = {
+        {'a', INT32_MIN, 0}, {'b', -1, 0}, {'c', 0, 1}, {'d', 0x40000000, 1}};
+    for (const auto& [mark, low, high] : places) EXPECT_EQ(file.Write(&mark, 1, low, high), 1u);
     char edge[4];
+    for (const auto& [mark, low, high] : places) {
+        EXPECT_EQ(file.Read(edge, 1, low, high), 1u);
+        EXPECT_EQ(edge[0], mark);
+    }
+    // Below zero nothing is done, not even where the handle stood before.
+    for (const std::int32_t below : {0, -1, 7}) {
+        ExpectFailure(file, file.Read(edge, 1, below, -1), XFile::ErrorOther);
+        ExpectFailure(file, file.Write(edge, 1, below, -1), XFile::ErrorOther);
+        ExpectFailure(file, file.SetEOF(below, -1), XFile::ErrorOther);
+    }
     EXPECT_EQ(file.Read(edge, 4, -2, 0), 4u);
     EXPECT_EQ(std::string(edge, 4), std::string("\0bc\0", 4));
     EXPECT_EQ(file.Read(edge, 4, 0x40000000, 1), 1u);
     EXPECT_EQ(file.GetError(), XFile::ErrorEndOfFile);
     EXPECT_EQ(file.Read(edge, 4, -1, INT32_MAX), 0u);
-    platform::SetLastError(0);
+    ClearPendingError();
     std::int32_t low = 0, high = 0;
     EXPECT_EQ(file.GetEOF(&low, &high), 1);
     EXPECT_EQ(low, 0x40000001);

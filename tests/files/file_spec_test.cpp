@@ -46,13 +46,14 @@ TEST(FileSpec, TakesPathsApart) {
 }
 
 TEST(FileSpec, KeepsPathsAsTheyCome) {
-    XFileSpec spec;
+    XFileSpec spec, other;
     spec.SetNativeFileSpec(XCString("C:\\dir"));
     spec.Append("file.txt");
     spec.Append(nullptr);
     const XFileSpec copy(spec);
+    other = copy;
     XCString out;
-    copy.GetPath(out, 0);
+    other.GetPath(out, 0);
     EXPECT_STREQ(out, "C:\\dirfile.txt");
     EXPECT_EQ(static_cast<const char*>(out), static_cast<const char*>(copy.GetNativeFileSpec()));
     spec.GetPosixStylePath(spec.GetNativeFileSpec());

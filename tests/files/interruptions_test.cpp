@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "files/failures.h"
+#include "platform/platform.h"
 #include "support/refusing_new.h"
 #include "support/seed.h"
 
@@ -50,7 +51,7 @@ class Interruptions : public testing::Test {
     }
     ~Interruptions() override {
         scripted = {};
-        if (file_.IsOpen() != 0) file_.Close();
+        file_.Close();
     }
 
     const Scratch scratch_;
@@ -88,20 +89,15 @@ int open64(const char* path, int flags, mode_t mode) {
 
 TEST_F(Interruptions, NeverReachTheCallerAsShortCounts) {
     std::mt19937 random(Seed());
-    const auto script = [&] {
-        std::deque<int> steps(40);
-        for (int& step : steps)
-            step = random() % 2 == 0 ? EINTR : ~static_cast<int>(1 + random() % 250);
-        return steps;
-    };
-    std::string bytes(10000, '\0');
+    std::string bytes(10000, '\0'), found = bytes;
     for (char& letter : bytes) letter = static_cast<char>(random());
-    scripted.writes = script();
+    for (int step = 0; step < 40; ++step) {
+        for (std::deque<int>* script : {&scripted.writes, &scripted.reads}) {
+            script->push_back(random() % 2 == 0 ? EINTR : ~static_cast<int>(1 + random() % 250));
+        }
+    }
     EXPECT_EQ(file_.Write(bytes.data(), 10000, 5000, 0), 10000u);
     EXPECT_EQ(scratch_.Content("a"), std::string(5000, 'a') + bytes);
-
-    std::string found(10000, '\0');
-    scripted.reads = script();
     EXPECT_EQ(file_.Read(found.data(), 10000, 5000, 0), 10000u);
     EXPECT_EQ(found, bytes);
     EXPECT_EQ(file_.GetError(), XFile::ErrorNone);

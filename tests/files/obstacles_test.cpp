@@ -6,6 +6,7 @@
 
 #include "files/children.h"
 #include "files/failures.h"
+#include "platform/platform.h"
 
 namespace veldt::tests {
 
@@ -56,9 +57,9 @@ TEST_F(Obstacles, PathsThatLeadToNoFile) {
     std::filesystem::create_symlink("loop", scratch_.Host("loop"));
     std::string path = "C:";
     while (path.size() < 5000) path += "\\directory";
-    ExpectRefusal(scratch_.Path("pipe"), XFile::ErrorAccess, 5);
-    ExpectRefusal(scratch_.Path("socket"), XFile::ErrorAccess, 5);
-    ExpectRefusal(scratch_.Path(""), XFile::ErrorAccess, 5);
+    for (const char* name : {"pipe", "socket", ""}) {
+        ExpectRefusal(scratch_.Path(name), XFile::ErrorAccess, 5);
+    }
     ExpectRefusal(scratch_.Path("dangling"), XFile::ErrorNotFound, 2);
     ExpectRefusal(scratch_.Path("loop"), XFile::ErrorOther, 1921);
     ExpectRefusal(scratch_.Path(std::string(256, 'n')), XFile::ErrorOther, 206, true);
@@ -77,8 +78,7 @@ TEST_F(Obstacles, PathsThatLeadToNoFile) {
 
 TEST_F(Obstacles, DevicesAreOpenToAllAndHaveNoPositions) {
     char mark;
-    XFile terminal = FileAt("C:\\dev\\ptmx");
-    XFile other = FileAt("C:\\dev\\ptmx");
+    XFile terminal = FileAt("C:\\dev\\ptmx"), other = FileAt("C:\\dev\\ptmx");
     ASSERT_EQ(terminal.Open(XFile::PermissionReadWrite), 1);
     ASSERT_EQ(other.Open(XFile::PermissionReadWrite), 1);
     ExpectFailure(terminal, terminal.Read(&mark, 1, 0, 0), XFile::ErrorOther);

@@ -2,11 +2,10 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <thread>
-#include <vector>
-
 #include "files/children.h"
 #include "files/failures.h"
+#include "platform/platform.h"
+#include "support/threads.h"
 
 namespace veldt::tests {
 
@@ -36,6 +35,11 @@ void AddOne(const std::string& path) {
     file.Close();
 }
 
+void Kill(pid_t child) {
+    EXPECT_EQ(kill(child, SIGKILL), 0);
+    EXPECT_EQ(EndOf(child), -1);
+}
+
 class Sharing : public testing::Test {
   protected:
     Sharing() { scratch_.Fill("a", "0"); }
@@ -59,8 +63,7 @@ TEST_F(Sharing, KeepsOtherProcessesOutUntilTheHolderDies) {
     ASSERT_EQ(read(ready[0], &opened, 1), 1);
     ASSERT_EQ(opened, 1);
     ExpectInUse(path_);
-    EXPECT_EQ(kill(holder, SIGKILL), 0);
-    EXPECT_EQ(EndOf(holder), -1);
+    Kill(holder);
     ExpectFree(path_);
 }
 
@@ -77,8 +80,7 @@ TEST_F(Sharing, StaysWithTheProcessThatOpened) {
     const pid_t idle = StartChild([] { pause(); });
     EXPECT_EQ(file_.Close(), 1);
     ExpectFree(path_);
-    EXPECT_EQ(kill(idle, SIGKILL), 0);
-    EndOf(idle);
+    Kill(idle);
 }
 
 TEST_F(Sharing, GoesByTheFileNotByItsName) {
@@ -132,23 +134,19 @@ TEST_F(Sharing, ThreadsAndProcessesTakeTurns) {
         for (int done = 0; done < kRounds; ++done) AddOne(path_);
     };
     const pid_t children[] = {StartChild(addAll), StartChild(addAll)};
-    std::vector<std::thread> threads(4);
-    for (std::size_t number = 0; number < threads.size(); ++number) {
-        threads[number] = std::thread([&, number] {
-            XFile own = FileAt(scratch_.Path(std::to_string(number)));
-            EXPECT_EQ(own.Create(), 1);
-            for (int round = 0; round < kRounds; ++round) {
-                EXPECT_EQ(own.Open(XFile::PermissionReadWrite), 1);
-                EXPECT_EQ(own.Write(&number, sizeof number, round, 0), sizeof number);
-                AddOne(path_);
-                std::size_t found = 0;
-                EXPECT_EQ(own.Read(&found, sizeof found, round, 0), sizeof found);
-                EXPECT_EQ(found, number);
-                EXPECT_EQ(own.Close(), 1);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    OnThreads(4, [&](int number) {
+        XFile own = FileAt(scratch_.Path(std::to_string(number)));
+        EXPECT_EQ(own.Create(), 1);
+        for (int round = 0; round < kRounds; ++round) {
+            EXPECT_EQ(own.Open(XFile::PermissionReadWrite), 1);
+            EXPECT_EQ(own.Write(&number, sizeof number, round, 0), sizeof number);
+            AddOne(path_);
+            int found = 0;
+            EXPECT_EQ(own.Read(&found, sizeof found, round, 0), sizeof found);
+            EXPECT_EQ(found, number);
+            EXPECT_EQ(own.Close(), 1);
+        }
+    });
     for (const pid_t child : children) EXPECT_EQ(EndOf(child), 0);
     EXPECT_EQ(scratch_.Content("a"), std::to_string(6 * kRounds));
 }

@@ -41,23 +41,20 @@ TEST(BenchReport, ReckonsCostsAgainstTheBounds) {
     EXPECT_EQ(VerdictOn(pairs.rows[1]), Verdict::kMissed);  // by the fastest peer alone
     EXPECT_EQ(VerdictOn(pairs.rows[2]), Verdict::kNoBound);
     EXPECT_EQ(VerdictOn(moving.rows[0]), Verdict::kMet);  // there is no peer to be held to
-    EXPECT_EQ(VerdictOn(moving.rows[1]), Verdict::kMissed);
-    EXPECT_EQ(VerdictOn(moving.rows[2]), Verdict::kMissed);
     EXPECT_EQ(CountBounds(run).met, 2);
     EXPECT_EQ(CountBounds(run).missed, 3);
 }
 
 TEST(BenchReport, TablesShowMediansRatiosAndBounds) {
     const auto run = MadeUpRun();
-    const std::string table = MarkdownTable(run.sections[0]);
-    EXPECT_NE(table.find("| small | 6.0 ns | 10.0 ns | 20.0 ns | 5.0 ns | 0.60 | 1.20 | "
-                         "at most 0.80, 1.30 | met |\n"),
-              std::string::npos)
-        << table;
-    EXPECT_NE(table.find("| large | 7.0 ns | 10.0 ns | 20.0 ns | 5.0 ns | 0.70 | 1.40 | "
-                         "at most 0.80, 1.30 | **missed** |\n"),
-              std::string::npos);
-    EXPECT_NE(table.find("| free | 1.5 µs |"), std::string::npos);
+    EXPECT_EQ(
+        MarkdownTable(run.sections[0]),
+        R"(| Work | VELDT20 | C library | slow | quick | to C library | to the fastest peer | bound |  |
+|---|--:|--:|--:|--:|--:|--:|--:|--:|
+| small | 6.0 ns | 10.0 ns | 20.0 ns | 5.0 ns | 0.60 | 1.20 | at most 0.80, 1.30 | met |
+| large | 7.0 ns | 10.0 ns | 20.0 ns | 5.0 ns | 0.70 | 1.40 | at most 0.80, 1.30 | **missed** |
+| free | 1.5 µs | 10.0 ns | 20.0 ns | 5.0 ns | 150 | 300 |  |  |
+)");
     const std::string missed = MissedTable(run);
     EXPECT_NE(missed.find("Moving <&>: too slow | 1.00 GB/s | 5.00 |"), std::string::npos);
     EXPECT_EQ(missed.find("small"), std::string::npos);

@@ -121,9 +121,16 @@ TEST_F(Interruptions, FaultsKeepWhatMovedBeforeThem) {
     scripted.writes = {~300, EIO};
     EXPECT_EQ(file_.Write(bytes.data(), 1000, 0, 0), 300u);
     EXPECT_EQ(file_.GetError(), XFile::ErrorWriteFault);
-    scripted.writes = {~0};
-    EXPECT_EQ(file_.Write(bytes.data(), 1000, 0, 0), 0u);
-    EXPECT_EQ(platform::GetLastError(), platform::ERROR_DISK_FULL);
+    for (const int full : {ENOSPC, ~0}) {
+        scripted.writes = {~300, full};
+        EXPECT_EQ(file_.Write(bytes.data(), 1000, 0, 0), 300u);
+        EXPECT_EQ(platform::GetLastError(), platform::ERROR_DISK_FULL);
+        EXPECT_EQ(file_.GetError(), XFile::ErrorOther);
+    }
+    scripted.openings = {EROFS};
+    EXPECT_EQ(other_.Create(), 0);
+    EXPECT_EQ(platform::GetLastError(), platform::ERROR_WRITE_PROTECT);
+    EXPECT_EQ(other_.GetError(), XFile::ErrorAccess);
     scripted.reads = {EAGAIN};
     ExpectFailure(file_, file_.Read(bytes.data(), 1000, 0, 0), XFile::ErrorNotReady);
     scripted.truncations = {EIO};

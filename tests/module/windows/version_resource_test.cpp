@@ -8,40 +8,29 @@
 
 namespace {
 
-class VersionResource : public testing::Test {
-  protected:
-    void SetUp() override {
-        DWORD ignored = 0;
-        data_.resize(GetFileVersionInfoSizeA("VELDT20.dll", &ignored));
-        ASSERT_FALSE(data_.empty());
-        ASSERT_NE(
-            GetFileVersionInfoA("VELDT20.dll", 0, static_cast<DWORD>(data_.size()), data_.data()),
-            0);
-    }
-
-    std::string Text(const std::string& name) {
-        void* text = nullptr;
+TEST(VersionResource, NamesTheProductAndItsVersion) {
+    DWORD ignored = 0;
+    std::vector<char> data(GetFileVersionInfoSizeA("VELDT20.dll", &ignored));
+    const auto size = static_cast<DWORD>(data.size());
+    ASSERT_NE(GetFileVersionInfoA("VELDT20.dll", 0, size, data.data()), 0);
+    const auto find = [&](const std::string& path) {
+        void* found = nullptr;
         UINT length = 0;
-        const std::string path = "\\StringFileInfo\\040904b0\\" + name;
-        return VerQueryValueA(data_.data(), path.c_str(), &text, &length) != 0
-                   ? static_cast<const char*>(text)
-                   : "(none)";
-    }
+        EXPECT_NE(VerQueryValueA(data.data(), path.c_str(), &found, &length), 0) << path;
+        return static_cast<const char*>(found);
+    };
+    const auto text = [&](const std::string& name) {
+        const char* const found = find("\\StringFileInfo\\040904b0\\" + name);
+        return std::string(found != nullptr ? found : "");
+    };
+    EXPECT_EQ(text("ProductName"), "Tessera Library");
+    EXPECT_EQ(text("InternalName"), "VELDT20");
+    EXPECT_EQ(text("OriginalFilename"), "VELDT20.dll");
+    EXPECT_EQ(text("FileVersion"), VELDT20_PROJECT_VERSION);
+    EXPECT_EQ(text("ProductVersion"), VELDT20_PROJECT_VERSION);
 
-    std::vector<char> data_;
-};
-
-TEST_F(VersionResource, NamesTheProductAndItsVersion) {
-    EXPECT_EQ(Text("ProductName"), "Tessera Library");
-    EXPECT_EQ(Text("InternalName"), "VELDT20");
-    EXPECT_EQ(Text("OriginalFilename"), "VELDT20.dll");
-    EXPECT_EQ(Text("FileVersion"), VELDT20_PROJECT_VERSION);
-    EXPECT_EQ(Text("ProductVersion"), VELDT20_PROJECT_VERSION);
-
-    void* found = nullptr;
-    UINT length = 0;
-    ASSERT_NE(VerQueryValueA(data_.data(), "\\", &found, &length), 0);
-    const auto* const fixed = static_cast<const VS_FIXEDFILEINFO*>(found);
+    const auto* const fixed = reinterpret_cast<const VS_FIXEDFILEINFO*>(find("\\"));
+    ASSERT_NE(fixed, nullptr);
     const std::string version = std::to_string(HIWORD(fixed->dwFileVersionMS)) + "." +
                                 std::to_string(LOWORD(fixed->dwFileVersionMS)) + "." +
                                 std::to_string(HIWORD(fixed->dwFileVersionLS));

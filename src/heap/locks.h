@@ -18,6 +18,11 @@ class ProcessLock {
         }
         platform::EnterCriticalSection(&section_);
     }
+    /// False if another thread has it, or none has ever had it.
+    bool TryTake() {
+        return state_.load(std::memory_order_acquire) == kReady &&
+               platform::TryEnterCriticalSection(&section_) != 0;
+    }
     void Release() { platform::LeaveCriticalSection(&section_); }
 
   private:

@@ -99,13 +99,18 @@ bool ReleaseEmptyPages(HeapPool* pool, PageKind kind) {
 }
 
 /// When the module goes, what the heap keeps for the next pool goes with it. A pool that is left
-/// keeps its blocks, and all that belongs to them.
+/// keeps its blocks, and all that belongs to them. At the end of a process another thread may still
+/// be taking a pool down; it isn't waited for, since behind a fork it may never come to an end.
 [[gnu::destructor]] void GiveAllBack() {
+    if (!RegistryLock.TryTake()) {
+        return;
+    }
     if (heapRegistry.pools == nullptr) {
         DropRingNodes();
         DropZones();
         GiveBackAddressSpace();
     }
+    RegistryLock.Release();
 }
 
 }  // namespace

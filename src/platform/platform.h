@@ -70,7 +70,8 @@ void GiveBackIdleMemory();
 void GiveBackAddressSpace();
 
 // Locks and threads: CRITICAL_SECTION, InitializeCriticalSection, EnterCriticalSection,
-// LeaveCriticalSection, DeleteCriticalSection, GetCurrentThreadId, OnlyThread -- (posix/locks.h)
+// TryEnterCriticalSection, LeaveCriticalSection, DeleteCriticalSection, GetCurrentThreadId,
+// OnlyThread -- (posix/locks.h)
 
 // Pointer tests (pointer_tests.cpp) ------------------------------------------------------------
 

@@ -87,6 +87,20 @@ inline void EnterCriticalSection(CRITICAL_SECTION* section) {
     }
 }
 
+/// 0 if another thread holds the lock.
+inline int TryEnterCriticalSection(CRITICAL_SECTION* section) {
+    const std::uint32_t self = GetCurrentThreadId();
+    std::uint32_t seen = 0;
+    if (locks::TryEnter(section, self, seen)) {
+        section->depth = 1;
+    } else if (seen == self) {
+        ++section->depth;
+    } else {
+        return 0;
+    }
+    return 1;
+}
+
 inline void LeaveCriticalSection(CRITICAL_SECTION* section) {
     if (--section->depth != 0) return;
     locks::Unlock(section);

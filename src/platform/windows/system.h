@@ -73,6 +73,7 @@ using ::SetLastError;
 using ::SysAllocStringLen;
 using ::SysFreeString;
 using ::tmpnam;
+using ::TryEnterCriticalSection;
 using ::VirtualAlloc;
 using ::VirtualFree;
 using ::VirtualQuery;

@@ -56,6 +56,10 @@ void RegionEnds(char* base) {
     SetAccess(base, RegionSize(base), Access::kNone);
 }
 
+void AddressesGo(char* from, std::size_t size) {
+    SetAccess(from, size, Access::kWritten);
+}
+
 void PageBegan(HeapPage* page, std::uint32_t committed) {
     if (KindOf(page) != kKindLarge) {
         SetAccess(reinterpret_cast<char*>(page) + kPageHeader, committed - kPageHeader,

@@ -34,6 +34,8 @@ using HeldBytes = std::size_t;
 void RegionBegan(char* from, std::size_t size);
 /// A region is about to be given back.
 void RegionEnds(char* base);
+/// Where regions have ended, others may have theirs from now on.
+void AddressesGo(char* from, std::size_t size);
 /// A page has been laid out: its blocks are nobody's.
 void PageBegan(HeapPage* page, std::uint32_t committed);
 
@@ -62,6 +64,7 @@ void BlockLeft(char* data);
 
 inline void RegionBegan(char*, std::size_t) {}
 inline void RegionEnds(char*) {}
+inline void AddressesGo(char*, std::size_t) {}
 inline void PageBegan(HeapPage*, std::uint32_t) {}
 inline void BlockBorn(char*, std::uint32_t) {}
 inline void BlockDies(char*) {}

@@ -1,5 +1,6 @@
 #include "heap/pools.h"
 
+#include "heap/block_life.h"
 #include "heap/compaction.h"
 #include "heap/errors.h"
 #include "heap/locks.h"
@@ -108,7 +109,7 @@ bool ReleaseEmptyPages(HeapPool* pool, PageKind kind) {
     if (heapRegistry.pools == nullptr) {
         DropRingNodes();
         DropZones();
-        GiveBackAddressSpace();
+        GiveBackAddressSpace(AddressesGo);
     }
     RegistryLock.Release();
 }

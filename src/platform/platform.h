@@ -66,8 +66,9 @@ SIZE_T VirtualQuery(const void* address, MEMORY_BASIC_INFORMATION* info, SIZE_T 
 /// Gives the system the memory that is kept for the next reservations.
 void GiveBackIdleMemory();
 
-/// Gives the system all address space back, unless there still is a reservation.
-void GiveBackAddressSpace();
+/// Gives the system all address space back, unless there still is a reservation. Tells of each part
+/// that was in use before it goes.
+void GiveBackAddressSpace(void (*goes)(char* from, std::size_t size));
 
 // Locks and threads: CRITICAL_SECTION, InitializeCriticalSection, EnterCriticalSection,
 // TryEnterCriticalSection, LeaveCriticalSection, DeleteCriticalSection, GetCurrentThreadId,

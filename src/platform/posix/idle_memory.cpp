@@ -106,10 +106,10 @@ void GiveBackIdleMemory() {
     TrimAll();
 }
 
-void GiveBackAddressSpace() {
+void GiveBackAddressSpace(void (*goes)(char* from, std::size_t size)) {
     const LockGuard guard(addressSpace.lock);
     TrimAll();
-    DropStretches();
+    DropStretches(goes);
 }
 
 }  // namespace veldt::platform

@@ -126,10 +126,12 @@ Run Carve(std::uint32_t span) {
                                : Run{};
 }
 
-void DropStretches() {
+void DropStretches(void (*goes)(char* from, std::size_t size)) {
     const std::span stretches(stretchTable.stretches + 1, stretchTable.count);
     if (std::ranges::any_of(stretches, [](const Stretch& s) { return s.carved != 0; })) return;
     for (Stretch& stretch : stretches) {
+        goes(reinterpret_cast<char*>(BaseOf(stretch.first)),
+             std::size_t{stretch.opened} << kUnitShift);
         DropStretch(stretch);
     }
     stretchTable.count = 0;

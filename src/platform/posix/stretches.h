@@ -121,8 +121,9 @@ Run Carve(std::uint32_t span);
 /// Gives the memory of pages back to the kernel.
 void GiveBack(std::byte* base, std::size_t bytes);
 
-/// Gives the kernel all stretches back, if no unit of any is in use or warm.
-void DropStretches();
+/// Gives the kernel all stretches back, if no unit of any is in use or warm. Tells of what was
+/// opened of each before it goes.
+void DropStretches(void (*goes)(char* from, std::size_t size));
 
 /// System calls made for address space since the start.
 extern std::uint64_t addressSpaceSystemCalls;

@@ -99,6 +99,6 @@ inline bool OnlyThread() {
 
 /// The system keeps nothing of what has been given back.
 inline void GiveBackIdleMemory() {}
-inline void GiveBackAddressSpace() {}
+inline void GiveBackAddressSpace(void (*)(char* from, std::size_t size)) {}
 
 }  // namespace veldt::platform

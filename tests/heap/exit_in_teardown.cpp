@@ -26,7 +26,7 @@ int main() {
         XMemExitInstance();
         ended = true;
     }).detach();
-    // Held all through.
-    while (veldt::heap::RegistryLock.TryTake()) veldt::heap::RegistryLock.Release();
+    // The thread holds this lock from the first step to the last.
+    while (!ended && veldt::heap::RegistryLock.TryTake()) veldt::heap::RegistryLock.Release();
     return 0;
 }

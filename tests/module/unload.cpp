@@ -8,62 +8,15 @@
 #include <cstring>
 #include <initializer_list>
 
-#if defined(_WIN32)
-#include "platform.h"
-#else
-#include <dlfcn.h>
-#endif
+#include "module/loading.h"
+
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>
 #endif
 
 namespace {
 
-#if defined(_WIN32)
-
-HMODULE Load(const char* path) {
-    return LoadLibraryA(path);
-}
-void Unload(HMODULE module) {
-    FreeLibrary(module);
-}
-void* Symbol(HMODULE module, const char* name) {
-    return reinterpret_cast<void*>(GetProcAddress(module, name));
-}
-
-/// Bytes of address space that are not free.
-std::size_t InUse() {
-    std::size_t bytes = 0;
-    MEMORY_BASIC_INFORMATION part;
-    for (const char* at = nullptr; VirtualQuery(at, &part, sizeof part) != 0;
-         at += part.RegionSize) {
-        bytes += part.State != MEM_FREE ? part.RegionSize : 0;
-    }
-    return bytes;
-}
-
-#else
-
-void* Load(const char* path) {
-    return dlopen(path, RTLD_NOW | RTLD_LOCAL);
-}
-void Unload(void* module) {
-    dlclose(module);
-}
-void* Symbol(void* module, const char* name) {
-    return dlsym(module, name);
-}
-
-/// Pages of address space that are not free.
-std::size_t InUse() {
-    std::size_t pages = 0;
-    std::FILE* file = std::fopen("/proc/self/statm", "r");
-    if (file == nullptr || std::fscanf(file, "%zu", &pages) != 1) std::perror("statm");
-    std::fclose(file);
-    return pages;
-}
-
-#endif
+using namespace veldt::tests;
 
 #if defined(__SANITIZE_ADDRESS__)
 
@@ -108,14 +61,14 @@ int main(int, char** arguments) {
     std::size_t before = 0;
     const char* gone = nullptr;
     for (int i = 0; i < 20; ++i) {
-        if (i == 4) before = InUse();
+        if (i == 4) before = AddressesInUse();
         gone = Use(path, false);
         if (gone == nullptr) {
             std::printf("%s can't be loaded and used\n", path);
             return 1;
         }
     }
-    const std::size_t after = InUse();
+    const std::size_t after = AddressesInUse();
     const bool isGone = IsGone(gone, before, after);
     const char* const left = Use(path, true);
     const bool kept = std::strcmp(left, "not lost") == 0;

@@ -16,6 +16,15 @@ TEST(Host, TellsTheLibraryAboutItsSurroundings) {
     EXPECT_STREQ(XCString(wide), "\xE2\x82\xAC");
     EXPECT_EQ(XHostSetCodePage(1252), 1);
     EXPECT_STREQ(XCString(wide), "\x80");
+    // A backslash is the second half of a character in one page, and ends a name in the other.
+    const XFileSpec spec(XCString("\\a\x83\\b"));
+    XCString name;
+    spec.GetName(name);
+    EXPECT_STREQ(name, "b");
+    EXPECT_EQ(XHostSetCodePage(932), 1);
+    spec.GetName(name);
+    EXPECT_STREQ(name, "a\x83\\b");
+    EXPECT_EQ(XHostSetCodePage(1252), 1);
 
     XFileSpec drive(XCString("Q:\\"));
     drive.Append("tmp");

@@ -31,6 +31,24 @@ TEST(Locks, OneThreadAtATimeHoweverOftenItEnters) {
     EXPECT_EQ(section.waiters, 0u);
 }
 
+TEST(Locks, AreTriedWithoutWaiting) {
+    static CRITICAL_SECTION section;
+    const auto others = [] {
+        int taken = 0;
+        OnThreads(1, [&taken](int) {
+            taken = TryEnterCriticalSection(&section);
+            if (taken != 0) LeaveCriticalSection(&section);
+        });
+        return taken;
+    };
+    EXPECT_EQ(TryEnterCriticalSection(&section), 1);
+    EXPECT_EQ(TryEnterCriticalSection(&section), 1) << "its owner has it already";
+    LeaveCriticalSection(&section);
+    EXPECT_EQ(others(), 0);
+    LeaveCriticalSection(&section);
+    EXPECT_EQ(others(), 1);
+}
+
 TEST(Threads, HaveNumbersAndLastErrorsOfTheirOwn) {
     SetLastError(77);
     DWORD numbers[8];
